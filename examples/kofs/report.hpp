@@ -1,0 +1,24 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include <ko/filesystem.hpp>
+
+namespace kofs {
+
+/// `text` as a terminal takes it: UTF-8, control characters and what has no UTF-8 escaped.
+std::string shown(std::u16string const& text);
+
+/// A mode as "rwxr-xr-x", with s, t, S and T as ls(1) has them.
+std::string rwx(std::uint32_t permissions);
+
+/// Class, message, path, arguments and number of a failure.
+void print_error(std::ostream& out, ko::filesystem::FsysExceptionBase const& error);
+
+/// All there is to say of the path `text`, as UTF-8 from the command line: its native form, its
+/// parts, what exists there. Failures go to `errors`. False when nothing is there or a query
+/// failed.
+bool describe(std::string const& text, std::ostream& out, std::ostream& errors);
+
+}  // namespace kofs

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace ko::filesystem::detail {
+
+/// Throws the exception that stands for the error number `errnum` of a failed system call.
+///
+/// `path1` is the UTF-8 path that the call was given, `path2` the second one of a call on two
+/// paths; either may be empty. The exception carries `path1` in UTF-16, with U+FFFD for each byte
+/// that is not UTF-8. Only InvalidArgument (EINVAL) and SystemError keep `path2`, as their one
+/// argument, which is there even when it is empty.
+[[noreturn]] void throw_errno_exception(int errnum, std::string const& path1,
+                                        std::string const& path2);
+
+}  // namespace ko::filesystem::detail

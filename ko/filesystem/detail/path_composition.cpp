@@ -1,0 +1,63 @@
+#include <ko/filesystem/detail/path_composition.hpp>
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+
+namespace ko::filesystem::detail {
+
+namespace {
+
+using traits = pathname_traits<char16_t>;
+
+bool is_valid_extension(std::u16string const& ext) {
+    std::size_t const leading_dots = ext.find_first_not_of(traits::DOT_CHARACTER);
+    return leading_dots < 2 && ext.find(traits::PATHNAME_SEPARATOR_CHARACTER) == ext.npos;
+}
+
+}  // namespace
+
+std::u16string make_native_form(std::u16string const& p, bool expand_tilde) {
+    return algorithm::native_form(p, expand_tilde);
+}
+
+std::u16string make_generic_form(std::u16string const& p) { return p; }
+
+std::string make_native_access_form_with_cleanup(std::u16string const& p) {
+    return to_filesystem(make_native_form(p, /*expand_tilde=*/true));
+}
+
+std::u16string& concatenate_pathname(std::u16string& base, std::u16string const& addition,
+                                     bool expand_tilde) {
+    return algorithm::concatenate(base, addition, expand_tilde);
+}
+
+std::u16string& remove_filename(std::u16string& p) { return algorithm::remove_filename(p); }
+
+std::u16string& replace_extension(std::u16string& p, std::u16string const& ext) {
+    if (p.empty() || ext.empty() || algorithm::is_separator(p.back())) return p;
+    std::u16string_view const name = algorithm::filename<char16_t>(p);
+    if (algorithm::is_dot_name(name)) return p;
+    if (!is_valid_extension(ext)) throw_invalid_argument("Invalid extension");
+
+    std::size_t const dot = name.rfind(traits::DOT_CHARACTER);
+    bool const has_extension = dot != name.npos && dot + 1 != name.size();
+    // An old extension leaves its dot behind, the new one brings its own or gets one.
+    std::size_t const kept = has_extension ? p.size() - name.size() + dot : p.size();
+    bool const brings_dot = ext.front() == traits::DOT_CHARACTER;
+
+    std::u16string replaced;
+    replaced.reserve(kept + 1 + ext.size());
+    replaced.append(p, 0, kept);
+    if (!brings_dot) replaced += traits::DOT_CHARACTER;
+    replaced += ext;
+    p = std::move(replaced);
+    return p;
+}
+
+}  // namespace ko::filesystem::detail

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include <ko/filesystem/config.hpp>
+#include <ko/filesystem/detail/path_composition.hpp>
+#include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/path_decomposition.hpp>
+#include <ko/filesystem/detail/path_expansion.hpp>
+
+namespace ko::filesystem::detail {
+
+/// The text algorithms of a path class: `Native` is the character type of the file system's text,
+/// `Internal` that of the text kept. Every member does what the free function of its name does.
+template <class Native, class Internal>
+struct path_traits;
+
+/// On bytes, for UTF-8 text.
+template <>
+struct KO_FILESYSTEM_API path_traits<char, char> {
+    static std::string make_native_form(std::string const& p, bool expand_tilde);
+    static std::string& concatenate_pathname(std::string& base, std::string const& addition,
+                                             bool expand_tilde);
+    static std::string& remove_filename(std::string& p);
+    static std::string extract_filename(std::string const& p);
+    static bool is_absolute(std::string const& p);
+};
+
+/// On UTF-16 text.
+template <>
+struct KO_FILESYSTEM_API path_traits<char16_t, char16_t> {
+    static std::u16string make_native_form(std::u16string const& p, bool expand_tilde);
+    static std::u16string& concatenate_pathname(std::u16string& base,
+                                                std::u16string const& addition, bool expand_tilde);
+    static std::u16string& remove_filename(std::u16string& p);
+    static std::u16string& replace_extension(std::u16string& p, std::u16string const& ext);
+    static bool is_absolute(std::u16string const& p);
+    static std::u16string extract_root_path(std::u16string const& p);
+    static std::u16string extract_relative_path(std::u16string const& p);
+    static std::u16string extract_parent_path(std::u16string const& p);
+    static std::u16string extract_filename(std::u16string const& p);
+    static std::u16string extract_stem(std::u16string const& p);
+    static std::u16string extract_extension(std::u16string const& p);
+};
+
+/// On UTF-16 text for a UTF-8 file system: what `upath` is built on.
+template <>
+struct KO_FILESYSTEM_API path_traits<char, char16_t> : path_traits<char16_t, char16_t> {
+    /// As `detail::to_filesystem`.
+    static std::string to_native(std::u16string const& text);
+    /// The UTF-16 text of `native`.
+    /// Throws InvalidArgument "Invalid UTF-8" when it has none; path(): `native` with U+FFFD in
+    /// place of each bad byte.
+    static std::u16string from_native(std::string const& native);
+};
+
+}  // namespace ko::filesystem::detail

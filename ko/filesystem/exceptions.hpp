@@ -1,0 +1,5 @@
+#pragma once
+
+#include <ko/filesystem/exceptions/fsys_exception_base.hpp>
+#include <ko/filesystem/exceptions/invalid_argument.hpp>
+#include <ko/filesystem/exceptions/path_errors.hpp>

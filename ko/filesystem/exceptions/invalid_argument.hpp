@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <ko/filesystem/config.hpp>
+#include <ko/filesystem/exceptions/fsys_exception_base.hpp>
+
+namespace ko::filesystem {
+
+/// An argument was refused, by a check of the library's own (then with a message) or by the system
+/// with EINVAL (then with the path, an empty message, and the second path as the one argument).
+class KO_FILESYSTEM_API InvalidArgument : public FsysExceptionBase {
+public:
+    InvalidArgument(std::string const& message, std::u16string const& path,
+                    std::vector<std::u16string> const& arguments);
+    ~InvalidArgument() override;
+
+    /// What was wrong, in English; may be empty.
+    std::string const& message() const noexcept { return message_; }
+
+    /// The identifier, then ": " and the message, then ": {" and the escaped path and "}", the last
+    /// two only where there is something to show.
+    ///
+    /// The text is built anew by every call, inside the object: the pointer is good until the next
+    /// call, and two threads must not ask one object at once. Ends the process when memory runs
+    /// out.
+    char const* what() const noexcept override;
+
+    /// `text` in printable ASCII: U+0020 to U+007F as they are, every other UTF-16 unit as "\u" and
+    /// four upper-case hexadecimal digits; surrogates are not combined.
+    /// Ends the process when memory runs out.
+    std::string printHelper(std::u16string const& text) const noexcept;
+
+private:
+    mutable std::string what_text_;
+    std::string message_;
+};
+
+}  // namespace ko::filesystem

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+namespace ko::filesystem {
+
+namespace posix::detail {
+
+/// `s` in the encoding `tocode`; empty when it can't be converted. The library always asks for
+/// "UTF-8". What replaces a bad unit is settled by the first call in the process: U+FFFD for
+/// "UTF-8", else the ASCII substitute character.
+std::string to_filesystem_native_impl(std::u16string const& s, char const* tocode);
+
+}  // namespace posix::detail
+
+namespace detail {
+
+/// The UTF-8 text `s` as UTF-16; empty when any of it is malformed. For every name that the system
+/// hands out and the caller will use: with bytes replaced it would name something else.
+std::u16string from_filesystem_strict(std::string const& s);
+
+}  // namespace detail
+
+}  // namespace ko::filesystem

@@ -1,0 +1,23 @@
+#include <ko/filesystem/posix/native_text.hpp>
+
+#include <cerrno>
+
+#include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/detail/path_composition.hpp>
+
+namespace ko::filesystem::detail {
+
+native_text::native_text(std::u16string const& p)
+    : is_native_(algorithm::is_native_form<char16_t>(p, /*expand_tilde=*/true)),
+      made_(is_native_ ? std::u16string() : make_native_form(p, /*expand_tilde=*/true)),
+      text_(is_native_ ? p : made_) {}
+
+std::string system_path(std::u16string const& native) {
+    std::string path8 = to_filesystem(native);
+    if (path8.find('\0') != path8.npos) throw_errno_exception(EINVAL, path8, {});
+    return path8;
+}
+
+}  // namespace ko::filesystem::detail

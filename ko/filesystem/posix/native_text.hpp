@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include <ko/filesystem/path.hpp>
+
+namespace ko::filesystem::detail {
+
+/// The first step of both overloads of an operation: a path's text as it stands, or the native form
+/// of a text, which is copied only where it isn't native yet. Lives no longer than its argument.
+class native_text {
+public:
+    explicit native_text(upath const& p) noexcept : is_native_(true), text_(p.native()) {}
+    explicit native_text(std::u16string const& p);
+    native_text(native_text const&) = delete;
+    native_text& operator=(native_text const&) = delete;
+
+    operator std::u16string const&() const noexcept { return text_; }
+
+private:
+    bool const is_native_;
+    std::u16string const made_;
+    std::u16string const& text_;
+};
+
+/// The UTF-8 text that the system calls take: through here every operation hands over its paths.
+/// Empty when `native` can't be converted, which the calls report as ENOENT.
+///
+/// Throws InvalidArgument (as for EINVAL) when `native` holds U+0000: the calls would take what
+/// stands before it for the path, and so reach another file; path(): `native`
+std::string system_path(std::u16string const& native);
+
+}  // namespace ko::filesystem::detail

@@ -1,0 +1,65 @@
+#include <ko/filesystem/status.hpp>
+
+#include <sys/stat.h>
+
+#include <boost/bind/bind.hpp>
+
+#include <ko/filesystem/exceptions.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/status_reader.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using detail::native_text;
+
+using stat_function = int (*)(char const*, struct stat*);
+
+bool exists_impl(std::u16string const& native) {
+    if (native.empty()) return false;
+    try {
+        return detail::exists_by_stat(detail::system_path(native));
+    } catch (PathNotFound const&) {
+        return false;
+    } catch (InvalidArgument const&) {
+        return false;
+    }
+}
+
+file_status status_impl(std::u16string const& native, stat_function stat_or_lstat) {
+    if (native.empty()) return {};
+    try {
+        std::string const path8 = detail::system_path(native);
+        return detail::status_from_stat(
+            boost::bind(stat_or_lstat, path8.c_str(), boost::placeholders::_1));
+    } catch (PathNotFound const&) {
+        return {};
+    } catch (InvalidArgument const&) {
+        return {};
+    }
+}
+
+}  // namespace
+
+bool exists(upath const& p) { return exists_impl(native_text(p)); }
+bool exists(std::u16string const& p) { return exists_impl(native_text(p)); }
+
+file_status status(upath const& p) { return status_impl(native_text(p), &::stat); }
+file_status status(std::u16string const& p) { return status_impl(native_text(p), &::stat); }
+
+file_status symlink_status(upath const& p) { return status_impl(native_text(p), &::lstat); }
+file_status symlink_status(std::u16string const& p) {
+    return status_impl(native_text(p), &::lstat);
+}
+
+file_status_light status_express_light(std::u16string const& p) {
+    if (p.empty()) return {};
+    try {
+        return detail::status_light_by_stat(detail::system_path(p));
+    } catch (InvalidArgument const&) {
+        return {};  // U+0000: as if the system had said EINVAL, which means absent here
+    }
+}
+
+}  // namespace ko::filesystem

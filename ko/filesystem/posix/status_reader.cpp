@@ -1,0 +1,96 @@
+#include <ko/filesystem/posix/status_reader.hpp>
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+#include <boost/date_time/posix_time/ptime.hpp>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
+
+namespace ko::filesystem::detail {
+
+namespace {
+
+using boost::posix_time::ptime;
+
+bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }
+
+#ifdef __APPLE__
+timespec const& access_time(struct stat const& found) { return found.st_atimespec; }
+timespec const& write_time(struct stat const& found) { return found.st_mtimespec; }
+timespec const& status_change_time(struct stat const& found) { return found.st_ctimespec; }
+#else
+timespec const& access_time(struct stat const& found) { return found.st_atim; }
+timespec const& write_time(struct stat const& found) { return found.st_mtim; }
+timespec const& status_change_time(struct stat const& found) { return found.st_ctim; }
+#endif
+
+ptime to_ptime(timespec const& time) {
+    // A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
+    constexpr std::int64_t epoch = 2440588LL * 86400 * 1'000'000;
+    // What lies above stands for not_a_date_time and infinity.
+    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
+    std::int64_t count = 0;
+    bool const overflow =
+        __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
+        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
+    if (overflow || count > last)
+        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
+    return ptime(ptime::time_rep_type(count));
+}
+
+/// The library's type for the type bits of a mode.
+std::uint32_t translated_type(mode_t mode) noexcept {
+    switch (mode & S_IFMT) {
+        case S_IFIFO: return file_status::fifo_file;
+        case S_IFCHR: return file_status::character_file;
+        case S_IFDIR: return file_status::directory_file;
+        case S_IFBLK: return file_status::block_file;
+        case S_IFREG: return file_status::regular_file;
+        case S_IFLNK: return file_status::symlink_file;
+        case S_IFSOCK: return file_status::socket_file;
+        default: return file_status::file_type_unknown;
+    }
+}
+
+}  // namespace
+
+bool exists_by_stat(std::string const& path8) {
+    struct stat found;
+    if (::stat(path8.c_str(), &found) == 0) return true;
+    if (means_absent(errno)) return false;
+    throw_errno_exception(errno, path8, {});
+}
+
+file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call) {
+    struct stat found;
+    errno = 0;
+    if (stat_call(&found) != 0) {
+        if (errno == ENOENT) return {};
+        throw_errno_exception(errno, {}, {});
+    }
+    file_status result;
+    result.type = translated_type(found.st_mode);
+    result.permissions = found.st_mode & 0xFFF;
+    result.last_access_time = to_ptime(access_time(found));
+    result.last_write_time = to_ptime(write_time(found));
+    result.last_status_change_time = to_ptime(status_change_time(found));
+    result.size = static_cast<std::uint64_t>(found.st_size);
+    return result;
+}
+
+file_status_light status_light_by_stat(std::string const& path8) {
+    struct stat found;
+    if (::stat(path8.c_str(), &found) != 0) {
+        if (errno == ENOENT || errno == EINVAL) return {};
+        throw_errno_exception(errno, path8, {});
+    }
+    file_status_light result;
+    result.type = found.st_mode & file_status::file_type_mask;
+    result.last_write_time = to_ptime(write_time(found));
+    result.size = static_cast<std::uint64_t>(found.st_size);
+    return result;
+}
+
+}  // namespace ko::filesystem::detail

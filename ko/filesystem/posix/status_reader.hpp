@@ -1,0 +1,25 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include <boost/function.hpp>
+
+#include <ko/filesystem/file_status.hpp>
+
+namespace ko::filesystem::detail {
+
+/// Whether stat finds something at `path8`; ENOENT and ENOTDIR mean that it does not.
+/// Throws the class of every other error number; path(): `path8`
+bool exists_by_stat(std::string const& path8);
+
+/// What a bound stat or lstat call says; the not-found value for ENOENT.
+/// Throws the class of every other error number; path(): empty, since only the call knows it
+file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call);
+
+/// What stat says of `path8`; the not-found value for ENOENT and EINVAL.
+/// Throws the class of every other error number; path(): `path8`
+file_status_light status_light_by_stat(std::string const& path8);
+
+}  // namespace ko::filesystem::detail
