@@ -1,0 +1,172 @@
+#include <cstddef>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <ko/filesystem.hpp>
+
+#include "support/allocations.hpp"
+#include "support/short_texts.hpp"
+
+namespace ko::filesystem {
+namespace {
+
+using detail::from_filesystem;
+using detail::to_filesystem;
+using testing::for_each_text;
+
+bool is_high(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool is_low(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+void put_utf8(std::string& out, unsigned long c) {
+    auto const put = [&out](unsigned long byte) { out += static_cast<char>(byte); };
+    if (c >= 0x10000)
+        put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 0x3F));
+    else if (c >= 0x800)
+        put(0xE0 | c >> 12);
+    if (c >= 0x800) put(0x80 | (c >> 6 & 0x3F));
+    if (c >= 0x80 && c < 0x800) put(0xC0 | c >> 6);
+    put(c < 0x80 ? c : (0x80 | (c & 0x3F)));
+}
+
+/// The rule for UTF-16 to UTF-8, unit by unit.
+std::string expected_utf8(std::u16string const& s) {
+    std::string out;
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        bool const last = i + 1 == s.size();
+        if (is_high(s[i]) && last) return {};
+        if (is_high(s[i]) && is_low(s[i + 1])) {
+            put_utf8(out, 0x10000ul + ((s[i] & 0x3FFul) << 10) + (s[i + 1] & 0x3FFul));
+            ++i;
+        } else {
+            put_utf8(out, is_high(s[i]) || is_low(s[i]) ? 0xFFFD : s[i]);
+        }
+    }
+    return out;
+}
+
+/// The rule for UTF-8 to UTF-16: at each byte a whole valid sequence, or U+FFFD for that byte.
+std::u16string expected_utf16(std::string const& s) {
+    std::u16string out;
+    for (std::size_t i = 0; i < s.size();) {
+        auto const at = [&s](std::size_t k) { return static_cast<unsigned char>(s[k]); };
+        std::size_t const length = at(i) < 0x80   ? 1
+                                   : at(i) < 0xC0 ? 0
+                                   : at(i) < 0xE0 ? 2
+                                   : at(i) < 0xF0 ? 3
+                                   : at(i) < 0xF8 ? 4
+                                                  : 0;
+        unsigned long c = length < 2 ? at(i) : at(i) & (0x7Fu >> length);
+        bool valid = length != 0 && i + length <= s.size();
+        for (std::size_t k = 1; valid && k < length; ++k) {
+            valid = (at(i + k) & 0xC0) == 0x80;
+            c = c << 6 | (at(i + k) & 0x3Fu);
+        }
+        std::string shortest;
+        if (valid && c <= 0x10FFFF && !(c >= 0xD800 && c < 0xE000)) put_utf8(shortest, c);
+        if (shortest.empty() || shortest.size() != length) {
+            out += u'\uFFFD';
+            ++i;
+            continue;
+        }
+        if (c >= 0x10000) {
+            out += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+            c = 0xDC00 + ((c - 0x10000) & 0x3FF);
+        }
+        out += static_cast<char16_t>(c);
+        i += length;
+    }
+    return out;
+}
+
+std::u16string const units = u"a\u007F\u0080\u07FF\u0800\u6F22\xD800\xDBFF\xDC00\xDFFF\uFFFF";
+std::string const bytes = "a\x7F\x80\xBF\xC1\xC3\xE0\xA0\xED\xE2\xF0\x90\xF4\xF8\xFF";
+
+TEST(Encoding, ConvertsEveryShortTextByTheRule) {
+    for_each_text(units + u'\0', 4, [](std::u16string const& text) {
+        ASSERT_EQ(to_filesystem(text), expected_utf8(text)) << ::testing::PrintToString(text);
+    });
+    for_each_text(bytes + '\0', 4, [](std::string const& text) {
+        ASSERT_EQ(from_filesystem(text), expected_utf16(text)) << ::testing::PrintToString(text);
+    });
+}
+
+// The output is made in pieces of 1024 bytes: every short text meets the end of a piece at every
+// offset, with a whole piece before it as well as with two.
+TEST(Encoding, ConvertsAcrossTheEndsOfTheWorkBuffer) {
+    for (std::size_t const end : {1024u, 2048u}) {
+        for (std::size_t lead = end - 9; lead <= end; ++lead)
+            for_each_text(units, 2, [lead](std::u16string const& text) {
+                std::u16string const padded = std::u16string(lead, u'x') + text + u"\u00E9";
+                ASSERT_EQ(to_filesystem(padded), expected_utf8(padded)) << lead;
+            });
+        for (std::size_t lead = end / 2 - 5; lead <= end / 2; ++lead)
+            for_each_text(bytes, 3, [lead](std::string const& text) {
+                std::string const padded = std::string(lead, 'x') + text + "\xFF";
+                ASSERT_EQ(from_filesystem(padded), expected_utf16(padded)) << lead;
+            });
+    }
+}
+
+TEST(Encoding, ConvertsLongTexts) {
+    for (std::size_t const size : {0u, 1u, 258u, 259u, 260u, 1023u, 1024u, 1025u, 5000u})
+        for (char16_t const unit : {u'~', u'\u00E9', u'\u6F22', u'\xDC00'}) {
+            std::u16string const text(size, unit);
+            std::string const text8 = to_filesystem(text);
+            EXPECT_EQ(text8, expected_utf8(text)) << size;
+            EXPECT_EQ(from_filesystem(text8), expected_utf16(text8)) << size;
+            EXPECT_EQ(from_filesystem(std::string(size, '\xFF')), std::u16string(size, u'\uFFFD'));
+        }
+}
+
+TEST(Encoding, OffersTheSameConversionUnderEveryName) {
+    std::u16string const text = u"\u00E9\xD800x";
+    EXPECT_EQ(pathname_traits<char16_t>::to_filesystem(text), to_filesystem(text));
+    EXPECT_EQ(detail::make_native_access_form(text), to_filesystem(text));
+    EXPECT_EQ(pathname_traits<char16_t>::from_filesystem("\xC3\xFF"), u"\uFFFD\uFFFD");
+    EXPECT_EQ(detail::make_access_form("a//\xFF"), "a//\xFF");
+}
+
+TEST(Encoding, ConvertsOnManyThreadsAtOnce) {
+    std::vector<std::thread> threads;
+    for (char16_t first : {u'\u00E9', u'\u6F22', u'\u0416', u'\u05D0'})
+        threads.emplace_back([first] {
+            std::u16string const text(700, first);
+            for (int round = 0; round < 200; ++round) {
+                EXPECT_EQ(to_filesystem(text), expected_utf8(text));
+                EXPECT_EQ(from_filesystem(to_filesystem(text)), text);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Encoding, AllocatesItsResultOnly) {
+    std::u16string const ascii(52, u'x'), han(30, u'\u6F22');
+    std::string const ascii8 = to_filesystem(ascii), han8 = to_filesystem(han);
+    static_cast<void>(from_filesystem(han8));  // opens the converter
+    auto const count = [](auto action) {
+        testing::allocation_watch const watch;
+        action();
+        return watch.count();
+    };
+    EXPECT_EQ(count([&] { to_filesystem(ascii); }), 1);
+    EXPECT_EQ(count([&] { from_filesystem(ascii8); }), 1);
+    EXPECT_EQ(count([&] { to_filesystem(han); }), 1);
+    EXPECT_EQ(count([&] { from_filesystem(han8); }), 1);
+}
+
+TEST(Encoding, WorksAgainAfterMemoryRanOut) {
+    std::u16string const text(1500, u'\u00E9');
+    std::string const text8 = expected_utf8(text);
+    auto const check = [&] {
+        EXPECT_EQ(to_filesystem(u"\u00E9"), "\xC3\xA9");
+        EXPECT_EQ(from_filesystem("\xC3\xA9"), u"\u00E9");
+    };
+    EXPECT_GE(testing::fail_each_allocation([&] { to_filesystem(text); }, check), 1);
+    EXPECT_GE(testing::fail_each_allocation([&] { from_filesystem(text8); }, check), 1);
+}
+
+}  // namespace
+}  // namespace ko::filesystem

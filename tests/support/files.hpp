@@ -1,0 +1,106 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <ko/filesystem.hpp>
+
+namespace ko::filesystem::testing {
+
+inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
+inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
+
+/// A directory of its own for one test, made with plain system calls and removed with all it holds.
+class scratch_dir {
+public:
+    scratch_dir() : path_(std::filesystem::temp_directory_path() / "ko-test-XXXXXX") {
+        if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp: " + path_);
+        ::chmod(path_.c_str(), 0755);
+    }
+    scratch_dir(scratch_dir const&) = delete;
+    scratch_dir& operator=(scratch_dir const&) = delete;
+    ~scratch_dir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    std::u16string operator/(std::u16string const& name) const {
+        return utf16(path_) + u'/' + name;
+    }
+
+    std::u16string file(std::u16string const& name, std::string const& content = {}) const {
+        std::u16string const path = *this / name;
+        int const descriptor = ::open(utf8(path).c_str(), O_CREAT | O_EXCL | O_WRONLY, 0644);
+        must(descriptor >= 0 &&
+             ::write(descriptor, content.data(), content.size()) ==
+                 static_cast<ssize_t>(content.size()) &&
+             ::close(descriptor) == 0);
+        return path;
+    }
+    std::u16string directory(std::u16string const& name, mode_t mode = 0755) const {
+        std::u16string const path = *this / name;
+        must(::mkdir(utf8(path).c_str(), 0700) == 0 && ::chmod(utf8(path).c_str(), mode) == 0);
+        return path;
+    }
+    std::u16string link(std::u16string const& name, std::string const& target) const {
+        std::u16string const path = *this / name;
+        must(::symlink(target.c_str(), utf8(path).c_str()) == 0);
+        return path;
+    }
+
+    static void must(bool succeeded) {
+        if (!succeeded) throw std::system_error(errno, std::generic_category());
+    }
+
+private:
+    std::string path_;
+};
+
+/// An environment variable with another value, or unset for null, while it lives.
+class environment_guard {
+public:
+    environment_guard(char const* name, char const* value) : name_(name) {
+        if (char const* const old = std::getenv(name)) old_ = old, was_set_ = true;
+        set(value);
+    }
+    environment_guard(environment_guard const&) = delete;
+    environment_guard& operator=(environment_guard const&) = delete;
+    ~environment_guard() { set(was_set_ ? old_.c_str() : nullptr); }
+
+private:
+    void set(char const* value) {
+        if (value == nullptr)
+            ::unsetenv(name_);
+        else
+            ::setenv(name_, value, 1);
+    }
+
+    char const* name_;
+    std::string old_;
+    bool was_set_ = false;
+};
+
+/// Acts as a user whom the kernel refuses things, while it lives; does nothing for such a user.
+class unprivileged {
+public:
+    unprivileged() {
+        if (was_ == 0) scratch_dir::must(::seteuid(65534) == 0);
+    }
+    unprivileged(unprivileged const&) = delete;
+    unprivileged& operator=(unprivileged const&) = delete;
+    ~unprivileged() {
+        if (was_ == 0 && ::seteuid(0) != 0) std::abort();
+    }
+
+private:
+    uid_t was_ = ::geteuid();
+};
+
+}  // namespace ko::filesystem::testing
