@@ -7,7 +7,6 @@
 
 #include <ko/filesystem.hpp>
 
-#include "support/allocations.hpp"
 #include "support/short_texts.hpp"
 
 namespace ko::filesystem {
@@ -140,32 +139,6 @@ TEST(Encoding, ConvertsOnManyThreadsAtOnce) {
             }
         });
     for (std::thread& thread : threads) thread.join();
-}
-
-TEST(Encoding, AllocatesItsResultOnly) {
-    std::u16string const ascii(52, u'x'), han(30, u'\u6F22');
-    std::string const ascii8 = to_filesystem(ascii), han8 = to_filesystem(han);
-    static_cast<void>(from_filesystem(han8));  // opens the converter
-    auto const count = [](auto action) {
-        testing::allocation_watch const watch;
-        action();
-        return watch.count();
-    };
-    EXPECT_EQ(count([&] { to_filesystem(ascii); }), 1);
-    EXPECT_EQ(count([&] { from_filesystem(ascii8); }), 1);
-    EXPECT_EQ(count([&] { to_filesystem(han); }), 1);
-    EXPECT_EQ(count([&] { from_filesystem(han8); }), 1);
-}
-
-TEST(Encoding, WorksAgainAfterMemoryRanOut) {
-    std::u16string const text(1500, u'\u00E9');
-    std::string const text8 = expected_utf8(text);
-    auto const check = [&] {
-        EXPECT_EQ(to_filesystem(u"\u00E9"), "\xC3\xA9");
-        EXPECT_EQ(from_filesystem("\xC3\xA9"), u"\u00E9");
-    };
-    EXPECT_GE(testing::fail_each_allocation([&] { to_filesystem(text); }, check), 1);
-    EXPECT_GE(testing::fail_each_allocation([&] { from_filesystem(text8); }, check), 1);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include <ko/filesystem.hpp>
 
-#include "support/allocations.hpp"
 #include "support/caught.hpp"
 #include "support/files.hpp"
 #include "support/short_texts.hpp"
@@ -17,10 +16,8 @@
 namespace ko::filesystem::detail {
 namespace {
 
-using ko::filesystem::testing::allocation_watch;
 using ko::filesystem::testing::caught;
 using ko::filesystem::testing::environment_guard;
-using ko::filesystem::testing::fail_each_allocation;
 using ko::filesystem::testing::for_each_text;
 using ko::filesystem::testing::utf8;
 
@@ -141,13 +138,6 @@ TEST(PathText, HasANativeForm) {
     EXPECT_EQ(make_native_form(u"~//a/./b//", true), u"/home/u/a/./b");
     EXPECT_EQ(make_native_access_form_with_cleanup(u"~//\u00E9/"), "/home/u/\xC3\xA9");
     EXPECT_EQ(byte_traits::make_native_form("~//a/", true), "/home/u/a");
-
-    text const clean = u"/a/text/longer/than/the/buffer/of/a/string";
-    for (text const& p : {clean, clean + u"//x/"}) {
-        allocation_watch const watch;
-        static_cast<void>(make_native_form(p, true));
-        EXPECT_EQ(watch.count(), 1) << utf8(p);
-    }
 }
 
 TEST(PathText, IsJoined) {
@@ -299,30 +289,6 @@ TEST(PathText, IsWalkedByACursor) {
             ASSERT_EQ(std::pair(position, element), down[i == 0 ? 0 : i - 1]) << utf8(native);
         }
     });
-}
-
-TEST(PathText, StaysAsItWasWhenMemoryRunsOut) {
-    environment_guard const home("HOME", "/a/home/that/is/longer/than/a/string's/buffer");
-    text const long_name = u"a-name-longer-than-the-buffer.of-a-string";
-    text p = long_name, element = u"e";
-    std::size_t position = 0;
-    auto const unchanged = [&] {
-        EXPECT_EQ(p, long_name);
-        EXPECT_EQ(element, u"e");
-        EXPECT_EQ(position, 0u);
-    };
-    text const grown = long_name + u"/" + u"x/" + long_name;
-    EXPECT_GE(fail_each_allocation([&] { concatenate_pathname(p, u"x//" + long_name, false); },
-                                   unchanged),
-              1);
-    EXPECT_EQ(p, grown);
-    p = long_name;
-    EXPECT_GE(fail_each_allocation([&] { replace_extension(p, long_name); }, unchanged), 1);
-    p = long_name;
-    text const walked = u"e/" + long_name;
-    EXPECT_GE(fail_each_allocation([&] { move_down(walked, 0, position, element); }, unchanged), 1);
-    EXPECT_EQ(element, long_name);
-    EXPECT_GE(fail_each_allocation([&] { make_native_form(u"~//x", true); }, [] {}), 3);
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 
 #include <ko/filesystem.hpp>
 
-#include "support/allocations.hpp"
 #include "support/caught.hpp"
 #include "support/files.hpp"
 
@@ -171,29 +170,6 @@ TEST_F(Status, ReportsRefusedAccess) {
     auto const from_light = caught<AccessDenied>([&] { status_express_light(path); });
     ASSERT_TRUE(from_light);
     EXPECT_EQ(from_light->path(), path);
-}
-
-TEST_F(Status, AllocatesNothingButTheTextsItNeeds) {
-    struct {
-        std::u16string path;
-        int most;
-    } const rows[] = {
-        {scratch.file(u"a name of many characters"), 1},
-        {scratch / u"/a name of many characters/", 2},
-        {scratch / u"a missing name of many characters", 1},
-    };
-    for (auto const& row : rows) {
-        upath const p(row.path);
-        auto const count = [](auto action) {
-            testing::allocation_watch const watch;
-            action();
-            return watch.count();
-        };
-        EXPECT_LE(count([&] { exists(row.path); }), row.most);
-        EXPECT_LE(count([&] { status(row.path); }), row.most);
-        EXPECT_LE(count([&] { exists(p); }), 1);
-        EXPECT_LE(count([&] { symlink_status(p); }), 1);
-    }
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 
-#include "support/allocations.hpp"
 #include "support/caught.hpp"
 
 namespace ko::filesystem::detail {
@@ -48,17 +47,6 @@ TEST(ErrorMapping, ChoosesTheClassByTheNumber) {
     ASSERT_TRUE(error);
     EXPECT_STREQ(error->what(), "ko:filesystem:InvalidArgument: {x}");
     EXPECT_TRUE(caught<InvalidOperation>([] { throw_invalid_operation_exception(); }));
-}
-
-TEST(ErrorMapping, WidensThePathWhenItCannotBeConverted) {
-    auto const error = caught<SystemError>([] {
-        std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
-        ko::filesystem::testing::allocation_watch const first_one_fails(1);
-        throw_errno_exception(EIO, path1, path2);
-    });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->path(), u"a path that needs memory \x7F\xFF80\xFFFF");
-    EXPECT_EQ(error->arguments(), strings{u"g"});
 }
 
 }  // namespace

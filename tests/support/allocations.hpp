@@ -4,8 +4,8 @@
 
 namespace ko::filesystem::testing {
 
-/// Counts the calling thread's heap allocations through operator new while it lives, and makes the
-/// one numbered `failing` (from 1; 0 for none) throw std::bad_alloc.
+/// Counts the calling thread's allocations through operator new while it lives, and makes the one
+/// numbered `failing` (from 1; 0 for none) throw std::bad_alloc.
 class allocation_watch {
 public:
     explicit allocation_watch(int failing = 0) noexcept;
@@ -13,8 +13,15 @@ public:
     allocation_watch& operator=(allocation_watch const&) = delete;
     ~allocation_watch();
 
-    static int count() noexcept;
+    int count() const noexcept;
 };
+
+template <class Action>
+int count_allocations(Action action) {
+    allocation_watch const watch;
+    action();
+    return watch.count();
+}
 
 /// Runs `action` with its first, second, ... allocation failing, and `check` after each failure,
 /// until it comes through without one. Gives the number of failures.

@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include <ko/filesystem.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
+
+#include "support/allocations.hpp"
+#include "support/caught.hpp"
+#include "support/files.hpp"
+
+namespace ko::filesystem {
+namespace {
+
+using namespace detail;
+using testing::caught;
+using testing::count_allocations;
+using testing::fail_each_allocation;
+
+std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
+std::u16string const long_name = u"a-name-longer-than-the-buffer.of-a-string";
+
+TEST(Memory, IsTakenForResultsOnly) {
+    testing::scratch_dir const scratch;
+    std::u16string const file = scratch.file(long_name), missing = scratch / u"missing";
+    std::u16string const untidy = file + u"//", untidy_text = long_text + u"//x/";
+    std::u16string const han(30, u'\u6F22');
+    std::string const han8 = to_filesystem(han), ascii8 = to_filesystem(long_text);
+    static_cast<void>(from_filesystem(han8));  // opens the converter
+    upath const path(file);
+    struct {
+        int most;
+        std::function<void()> action;
+    } const rows[] = {
+        {1, [&] { to_filesystem(long_text); }},
+        {1, [&] { from_filesystem(ascii8); }},
+        {1, [&] { to_filesystem(han); }},
+        {1, [&] { from_filesystem(han8); }},
+        {1, [&] { make_native_form(long_text, true); }},
+        {1, [&] { make_native_form(untidy_text, true); }},
+        {1, [&] { static_cast<void>(path / long_name); }},
+        {1, [&] { exists(path); }},
+        {1, [&] { status(path); }},
+        {1, [&] { symlink_status(missing); }},
+        {1, [&] { status_express_light(file); }},
+        {2, [&] { exists(untidy); }},
+        {2, [&] { status(untidy); }},
+    };
+    int number = 0;
+    for (auto const& row : rows) {
+        SCOPED_TRACE(number++);
+        EXPECT_LE(count_allocations(row.action), row.most);
+    }
+}
+
+TEST(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
+    testing::environment_guard const home("HOME", "/a/home/that/is/longer/than/the/buffer");
+    std::u16string const first_element = u"e";
+    std::u16string p = long_name, element = first_element;
+    std::size_t position = 0;
+    std::u16string const addition = std::u16string(u"x//").append(long_name);
+    std::u16string const walked = std::u16string(u"e/").append(long_name);
+    struct {
+        int least;
+        std::function<void()> action;
+    } const rows[] = {
+        {1, [&] { concatenate_pathname(p, addition, false); }},
+        {3, [&] { concatenate_pathname(p, u"~", true); }},
+        {1, [&] { replace_extension(p, long_name); }},
+        {1, [&] { move_down(walked, 0, position, element); }},
+        {3, [&] { make_native_form(u"~//x", true); }},
+        {1, [&] { to_filesystem(std::u16string(1500, u'\u00E9')); }},
+        {1, [&] { from_filesystem(std::string(1500, '\xE9')); }},
+    };
+    int number = 0;
+    for (auto const& row : rows) {
+        SCOPED_TRACE(number++);
+        p = long_name, element = first_element, position = 0;
+        auto const check = [&] {
+            EXPECT_EQ(p, long_name);
+            EXPECT_EQ(element, first_element);
+            EXPECT_EQ(position, 0u);
+            EXPECT_EQ(to_filesystem(u"\u00E9"), "\xC3\xA9");
+            EXPECT_EQ(from_filesystem("\xC3\xA9"), u"\u00E9");
+        };
+        try {
+            EXPECT_GE(fail_each_allocation(row.action, check), row.least);
+        } catch (InvalidArgument const& error) {
+            EXPECT_EQ(error.message(), "Absolute path not permitted");
+        }
+    }
+}
+
+TEST(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
+    auto const error = caught<SystemError>([] {
+        std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
+        testing::allocation_watch const first_one_fails(1);
+        throw_errno_exception(EIO, path1, path2);
+    });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->path(), u"a path that needs memory \x7F\xFF80\xFFFF");
+    EXPECT_EQ(error->arguments(), std::vector<std::u16string>{u"g"});
+}
+
+}  // namespace
+}  // namespace ko::filesystem
