@@ -11,7 +11,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = [
-    {"config", "file_status", "detail/path_constants", "posix/handles"},
+    {"config", "file_status", "options", "detail/current_directory", "detail/path_constants",
+     "posix/file_identity", "posix/handles"},
     {"exceptions", "exceptions/fsys_exception_base", "exceptions/invalid_argument",
      "exceptions/path_errors", "exceptions/throw", "posix/iconv_converter"},
     {"detail/encoding", "posix/encoding", "detail/path_algorithms"},
@@ -20,11 +21,14 @@ FLOORS = [
     {"detail/path_composition"},
     {"detail/path_traits"},
     {"path"},
-    {"status", "posix/native_text", "posix/status_reader"},
+    {"access", "copy", "create", "current_path", "equivalent", "other_platforms", "read_symlink",
+     "remove", "rename", "space", "status", "posix/boost_error", "posix/fault_path",
+     "posix/link_maker", "posix/link_reader", "posix/native_text", "posix/status_reader"},
+    {"resolve"},
 ]
 # Headers of a floor may stand on these of the same one.
 SAME_FLOOR = {"exceptions", "exceptions/invalid_argument", "exceptions/path_errors",
-              "posix/encoding", "exceptions/throw", "file_status", "detail/path_constants"}
+              "posix/encoding", "exceptions/throw", "file_status", "detail/current_directory", "detail/path_constants"}
 SYSTEM = re.compile(r"#include <([a-z_/]+\.h)>")
 
 

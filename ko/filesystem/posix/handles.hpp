@@ -1,8 +1,23 @@
 #pragma once
 
+#include <dirent.h>
 #include <iconv.h>
 
+#include <cstdlib>
+#include <memory>
+
 namespace ko::filesystem::posix::detail {
+
+struct close_dir {
+    void operator()(DIR* stream) const noexcept { ::closedir(stream); }
+};
+using dir_stream = std::unique_ptr<DIR, close_dir>;
+
+struct free_text {
+    void operator()(char* text) const noexcept { std::free(text); }
+};
+/// A text that the C library has allocated.
+using malloc_text = std::unique_ptr<char, free_text>;
 
 /// Returns a converter to its initial state at the end of a conversion, however that ends.
 class converter_reset {

@@ -6,6 +6,7 @@
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
 
 namespace ko::filesystem::detail {
 
@@ -14,9 +15,17 @@ native_text::native_text(std::u16string const& p)
       made_(is_native_ ? std::u16string() : make_native_form(p, /*expand_tilde=*/true)),
       text_(is_native_ ? p : made_) {}
 
+void reject_empty_path(std::u16string const& native) {
+    if (native.empty()) throw_invalid_argument("Empty Path not permitted");
+}
+
+void reject_zero(std::string const& path8) {
+    if (path8.find('\0') != path8.npos) throw_errno_exception(EINVAL, path8, {});
+}
+
 std::string system_path(std::u16string const& native) {
     std::string path8 = to_filesystem(native);
-    if (path8.find('\0') != path8.npos) throw_errno_exception(EINVAL, path8, {});
+    reject_zero(path8);
     return path8;
 }
 

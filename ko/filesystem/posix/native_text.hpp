@@ -16,6 +16,7 @@ public:
     native_text& operator=(native_text const&) = delete;
 
     operator std::u16string const&() const noexcept { return text_; }
+    bool empty() const noexcept { return text_.empty(); }
 
 private:
     bool const is_native_;
@@ -23,11 +24,16 @@ private:
     std::u16string const& text_;
 };
 
+/// Throws InvalidArgument "Empty Path not permitted" when `native` is empty.
+void reject_empty_path(std::u16string const& native);
+
+/// Throws InvalidArgument (as for EINVAL) when `path8` holds a zero byte: the system calls would
+/// take what stands before it for the path, and so reach another file; path(): `path8`
+void reject_zero(std::string const& path8);
+
 /// The UTF-8 text that the system calls take: through here every operation hands over its paths.
 /// Empty when `native` can't be converted, which the calls report as ENOENT.
-///
-/// Throws InvalidArgument (as for EINVAL) when `native` holds U+0000: the calls would take what
-/// stands before it for the path, and so reach another file; path(): `native`
+/// Throws as `reject_zero`.
 std::string system_path(std::u16string const& native);
 
 }  // namespace ko::filesystem::detail

@@ -2,8 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <boost/bind/bind.hpp>
-
 #include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
@@ -13,8 +11,6 @@ namespace ko::filesystem {
 namespace {
 
 using detail::native_text;
-
-using stat_function = int (*)(char const*, struct stat*);
 
 bool exists_impl(std::u16string const& native) {
     if (native.empty()) return false;
@@ -27,12 +23,10 @@ bool exists_impl(std::u16string const& native) {
     }
 }
 
-file_status status_impl(std::u16string const& native, stat_function stat_or_lstat) {
+file_status status_impl(std::u16string const& native, detail::stat_function stat_or_lstat) {
     if (native.empty()) return {};
     try {
-        std::string const path8 = detail::system_path(native);
-        return detail::status_from_stat(
-            boost::bind(stat_or_lstat, path8.c_str(), boost::placeholders::_1));
+        return detail::read_status(stat_or_lstat, detail::system_path(native));
     } catch (PathNotFound const&) {
         return {};
     } catch (InvalidArgument const&) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include <boost/bind/bind.hpp>
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
@@ -40,7 +41,8 @@ ptime to_ptime(timespec const& time) {
     return ptime(ptime::time_rep_type(count));
 }
 
-/// The library's type for the type bits of a mode.
+}  // namespace
+
 std::uint32_t translated_type(mode_t mode) noexcept {
     switch (mode & S_IFMT) {
         case S_IFIFO: return file_status::fifo_file;
@@ -53,8 +55,6 @@ std::uint32_t translated_type(mode_t mode) noexcept {
         default: return file_status::file_type_unknown;
     }
 }
-
-}  // namespace
 
 bool exists_by_stat(std::string const& path8) {
     struct stat found;
@@ -78,6 +78,10 @@ file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call
     result.last_status_change_time = to_ptime(status_change_time(found));
     result.size = static_cast<std::uint64_t>(found.st_size);
     return result;
+}
+
+file_status read_status(stat_function stat_or_lstat, std::string const& path8) {
+    return status_from_stat(boost::bind(stat_or_lstat, path8.c_str(), boost::placeholders::_1));
 }
 
 file_status_light status_light_by_stat(std::string const& path8) {

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <string>
 
 #include <boost/function.hpp>
@@ -14,9 +15,17 @@ namespace ko::filesystem::detail {
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(std::string const& path8);
 
+/// The type of `file_status` for the type bits of a mode.
+std::uint32_t translated_type(mode_t mode) noexcept;
+
 /// What a bound stat or lstat call says; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
 file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call);
+
+using stat_function = int (*)(char const*, struct stat*);
+
+/// The same for a call of `stat_or_lstat` on `path8`.
+file_status read_status(stat_function stat_or_lstat, std::string const& path8);
 
 /// What stat says of `path8`; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`

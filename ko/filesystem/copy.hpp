@@ -1,0 +1,102 @@
+#pragma once
+
+#include <string>
+
+#include <ko/filesystem/config.hpp>
+#include <ko/filesystem/options.hpp>
+#include <ko/filesystem/path.hpp>
+
+/// Copying. Where a failure comes from Boost.Filesystem, which copies files and makes directories
+/// like others, the paths in the exception keep only the low byte of each UTF-16 unit: characters
+/// beyond ASCII do not survive into it. Its path() is
+/// - `from` when that is missing (ENOENT), for EISDIR, and when it has more than 1023 units,
+/// - else `to` for ENOENT, EEXIST and ENAMETOOLONG,
+/// - for EACCES `to` when `from` is readable, else `from`; asking may throw what `access` throws,
+/// - for all others `from`, with `to` as the argument.
+namespace ko::filesystem {
+
+/// Copies what is at `from` to `to`, by its type: a file as `copy_file`; a directory as
+/// `copy_directory`, with all it holds when `recursive`; a link by the link options, else what it
+/// points to. The permissions of `from` go to a directory that `copy_directory` makes, but not to
+/// those of a recursive copy, which are made as by `create_directories`.
+///
+/// Mind, when a link is followed:
+/// - A relative target is looked up from the working directory, not from the link's own.
+/// - A link to a link copies nothing, silently.
+/// And in a recursive copy:
+/// - A failure leaves what was copied before it.
+/// - A name that begins with a tilde is expanded when it is joined, and the copy ends with
+///   InvalidArgument "Absolute path not permitted".
+/// - A name that is not UTF-8 ends the copy with InvalidArgument "Empty Path not permitted".
+///
+/// Throws
+///   InvalidArgument   options that exclude each other ("Invalid combination selected: ..."),
+///   before
+///                     anything else; an empty path ("Empty Path not permitted"); a device, pipe or
+///                     socket ("Unsupported file type"); a link without a text in UTF-8 ("Target of
+///                     the symbolic link does not exist"); path(): empty
+///   InvalidArgument   `to` is `from` or lies below it, in a recursive copy (EINVAL), whatever the
+///                     paths look like; nothing was made; path(): `from`, arguments(): `to`
+///   PathNotFound      `from` is missing; path(): empty
+///   PathNotFound      what a followed link points to is missing; path(): the link
+///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
+///   files;
+///                     path(): `to`
+///   SystemError       a followed link leads back into a directory that is being copied (ELOOP);
+///                     path(): the link
+///   boost::filesystem::filesystem_error   a directory can't be listed
+///   what `copy_file`, `copy_directory`, `copy_symlink`, `create_directories` and `create_symlink`
+///   throw
+///
+/// copy(u"~/notes", u"/mnt/backup/notes", copy_option::recursive | copy_option::copy_symlinks);
+KO_FILESYSTEM_API void copy(upath const& from, upath const& to,
+                            copy_option options = copy_option::none);
+/// The same for texts, each brought into native form first: leading ~ expanded, // collapsed.
+KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to,
+                            copy_option options = copy_option::none);
+
+/// Copies the content and the permissions of the file `from`, links followed, to `to`.
+///
+/// Of the options, `skip_existing`, `update_existing` and `create_symlinks` count in this order.
+/// With the first, a missing `to` is made by a plain copy, whatever else is asked for. With the
+/// second, a `to` that is no regular file is overwritten as if it were older. From Boost 1.85 on,
+/// attributes that can't be given to the copy are no error; before, they are.
+///
+/// Throws
+///   InvalidArgument   options that exclude each other ("Invalid combination selected: ..."),
+///   before
+///                     anything else; an empty path ("Empty Path not permitted"); path(): empty
+///   FileExistsError   `to` exists and no option allows for it, or is `from` itself, under whatever
+///                     name, which keeps its content; path(): `to`
+///   SystemError       `from` is no regular file, or `to` is none and to be overwritten (ENOSYS);
+///                     path(): `from`, arguments(): `to`
+///   the class of the error number for every other failure; path(): as said above
+KO_FILESYSTEM_API void copy_file(upath const& from, upath const& to,
+                                 copy_option options = copy_option::none);
+/// The same for texts, each brought into native form first.
+KO_FILESYSTEM_API void copy_file(std::u16string const& from, std::u16string const& to,
+                                 copy_option options = copy_option::none);
+
+/// Makes the directory `to` with the permissions of the directory `from`, less the umask, and
+/// without what it holds. An existing directory `to` stays as it is.
+///
+/// Throws
+///   InvalidArgument   an empty path ("Empty Path not permitted"); path(): empty
+///   the class of the error number; path(): as said above
+KO_FILESYSTEM_API void copy_directory(upath const& from, upath const& to);
+/// The same for texts, each brought into native form first.
+KO_FILESYSTEM_API void copy_directory(std::u16string const& from, std::u16string const& to);
+
+/// Makes the link `to` with the text of the link `from`.
+///
+/// Throws
+///   InvalidArgument   an empty path ("Empty Path not permitted"); `from` is no link ("Non-symbolic
+///                     link file is not permitted"); a link without a text in UTF-8 ("Target of the
+///                     symbolic link does not exist"); path(): empty
+///   PathNotFound      `from` is missing; path(): empty
+///   what `create_symlink` throws
+KO_FILESYSTEM_API void copy_symlink(upath const& from, upath const& to);
+/// The same for texts, used exactly as given: no native form is made, and a tilde is a name.
+KO_FILESYSTEM_API void copy_symlink(std::u16string const& from, std::u16string const& to);
+
+}  // namespace ko::filesystem

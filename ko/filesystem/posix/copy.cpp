@@ -1,0 +1,266 @@
+#include <ko/filesystem/copy.hpp>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include <boost/filesystem/directory.hpp>
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <boost/system/error_code.hpp>
+#include <boost/version.hpp>
+
+#include <ko/filesystem/create.hpp>
+#include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_composition.hpp>
+#include <ko/filesystem/exceptions/path_errors.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/file_status.hpp>
+#include <ko/filesystem/posix/boost_error.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/file_identity.hpp>
+#include <ko/filesystem/posix/link_maker.hpp>
+#include <ko/filesystem/posix/link_reader.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/status.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using boost::system::error_code;
+using detail::native_text;
+namespace boost_fs = boost::filesystem;
+
+bool has(copy_option options, copy_option any_of) noexcept {
+    return (options & any_of) != copy_option::none;
+}
+
+constexpr copy_option existence_options =
+    copy_option::overwrite_if_exists | copy_option::skip_existing | copy_option::update_existing;
+
+void validate(copy_option options) {
+    constexpr copy_option links = copy_option::copy_symlinks | copy_option::skip_symlinks;
+    if ((options & links) == links)
+        detail::throw_invalid_argument(
+            "Invalid combination selected: copy_symlinks & skip_symlinks cannot be used together");
+    auto const chosen = static_cast<unsigned>(options & existence_options);
+    if ((chosen & (chosen - 1)) != 0)  // more than one
+        detail::throw_invalid_argument(
+            "Invalid combination selected: overwrite_if_exists, skip_existing & update_existing "
+            "cannot be used together");
+}
+
+/// A directory whose content is being copied, and those that contain it.
+struct copied_directory {
+    std::string path8;
+    copied_directory const* outer;
+};
+
+// Files
+
+constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
+#if BOOST_VERSION >= 108500
+    auto const options = boost_fs::copy_options::ignore_attribute_errors;
+#else
+    auto const options = boost_fs::copy_options::none;
+#endif
+    return overwrite ? options | boost_fs::copy_options::overwrite_existing : options;
+}
+
+/// The error number for what Boost would not survive or the file would not, else 0. Boost opens
+/// before it looks: a pipe blocks it for ever, and a target is empty before it is compared.
+int refusal(std::string const& from8, std::string const& to8, bool overwrite) noexcept {
+    struct stat source;
+    if (::stat(from8.c_str(), &source) != 0) return 0;
+    if (S_ISFIFO(source.st_mode)) return ENOSYS;
+    struct stat target;
+    if (!overwrite || ::stat(to8.c_str(), &target) != 0) return 0;
+    if (S_ISFIFO(target.st_mode)) return ENOSYS;
+    bool const onto_itself = detail::file_identity(source) == detail::file_identity(target);
+    return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
+}
+
+void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite) {
+    std::string const from8 = detail::system_path(from);
+    std::string const to8 = detail::system_path(to);
+    error_code ec(refusal(from8, to8, overwrite), boost::system::system_category());
+    if (!ec.failed()) boost_fs::copy_file(from8, to8, file_copy_options(overwrite), ec);
+    if (ec.failed()) detail::throw_copy_error_code_exception(ec, from, to);
+}
+
+bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
+    file_status const target = status(to);
+    if (target.type != file_status::regular_file) return false;
+    file_status const source = status(from);
+    // A missing source counts as newer, so that the copy reports it.
+    return source.type != file_status::file_not_found &&
+           target.last_write_time >= source.last_write_time;
+}
+
+void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options) {
+    detail::reject_empty_path(from);
+    detail::reject_empty_path(to);
+    if (has(options, copy_option::skip_existing)) {
+        // All other options are dropped, create_symlinks included.
+        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false);
+    } else if (has(options, copy_option::update_existing)) {
+        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true);
+    } else if (has(options, copy_option::create_symlinks)) {
+        create_symlink(from, to, file_status::file_type_auto);
+    } else {
+        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists));
+    }
+}
+
+// Links
+
+/// The text of the link at `path8`.
+std::u16string link_target(std::string const& path8) {
+    std::u16string target = detail::read_link_target(path8);
+    if (target.empty())
+        detail::throw_invalid_argument("Target of the symbolic link does not exist");
+    return target;
+}
+
+void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
+    detail::reject_empty_path(from);
+    detail::reject_empty_path(to);
+    std::string const from8 = detail::system_path(from);
+    file_status const source = detail::read_status(&::lstat, from8);
+    // Deliberately without the path, as in `copy`.
+    if (source.type == file_status::file_not_found) detail::throw_cloneable(PathNotFound({}));
+    if (source.type != file_status::symlink_file)
+        detail::throw_invalid_argument("Non-symbolic link file is not permitted");
+    detail::make_link(link_target(from8), to, file_status::file_type_auto);
+}
+
+// Directories
+
+void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
+              copied_directory const* outer);
+
+void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
+    detail::reject_empty_path(from);
+    detail::reject_empty_path(to);
+    std::string const from8 = detail::system_path(from);
+    std::string const to8 = detail::system_path(to);
+    error_code ec;
+    boost_fs::create_directory(to8, from8, ec);
+    if (ec.failed()) detail::throw_copy_error_code_exception(ec, from, to);
+}
+
+/// Copies everything in the directory `from` into the existing directory `to`.
+void copy_entries(std::u16string const& from, std::u16string const& to, copy_option options,
+                  copied_directory const* outer) {
+    copied_directory const listed{detail::system_path(native_text(from)), outer};
+    std::u16string const destination = detail::make_native_form(to, /*expand_tilde=*/true);
+    // Without an error code: what goes wrong in the listing leaves as Boost reports it.
+    for (boost_fs::directory_iterator entry(detail::make_access_form(listed.path8)), end;
+         entry != end; ++entry) {
+        boost_fs::path const& path8 = entry->path();
+        std::u16string const name = detail::from_filesystem_strict(path8.filename().native());
+        std::u16string target = destination;
+        // The tilde of a name like "~x" is expanded here; that is meant.
+        if (!name.empty()) detail::concatenate_pathname(target, name, /*expand_tilde=*/true);
+        copy_any(detail::from_filesystem_strict(path8.native()), target, options, &listed);
+    }
+}
+
+/// `follows_link`: `from` is the target of a link that is being followed.
+void copy_directory_contents(std::u16string const& from, std::u16string const& to,
+                             copy_option options, copied_directory const* outer,
+                             bool follows_link) {
+    if (has(options, copy_option::create_symlinks))
+        return create_symlink(from, to, file_status::file_type_auto);
+    if (!has(options, copy_option::recursive)) return copy_directory(from, to);
+
+    bool const to_exists = exists(to);
+    if (to_exists && !has(options, existence_options)) detail::throw_cloneable(FileExistsError(to));
+    // A directory that is met on the way down and gets a new one beside the others has been looked
+    // at with those above it.
+    if (outer == nullptr || follows_link || to_exists) {
+        std::string const from8 = detail::system_path(native_text(from));
+        std::string const to8 = detail::system_path(native_text(to));
+        if (detail::lies_within(to8, from8)) detail::throw_errno_exception(EINVAL, from8, to8);
+    }
+    if (!to_exists) create_directories(to);
+    copy_entries(from, to, options, outer);
+}
+
+// Anything
+
+/// Copies what the link `from` points to.
+void copy_followed(std::u16string const& from, std::string const& from8, std::u16string const& to,
+                   copy_option options, copied_directory const* outer) {
+    std::u16string const target = link_target(from8);
+    // Deliberately looked up as it stands: a relative target counts from the working directory, and
+    // of a link to a link nothing is copied.
+    std::string const target8 = detail::system_path(target);
+    file_status const found = detail::read_status(&::lstat, target8);
+    if (found.type == file_status::file_not_found) detail::throw_cloneable(PathNotFound(from));
+    if (found.type == file_status::regular_file) return copy_file_impl(target, to, options);
+    if (found.type != file_status::directory_file) return;
+    for (copied_directory const* above = outer; above != nullptr; above = above->outer)
+        if (detail::is_same_file(above->path8, target8))
+            detail::throw_errno_exception(ELOOP, from8, {});
+    copy_directory_contents(target, to, options, outer, /*follows_link=*/true);
+}
+
+void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
+              copied_directory const* outer) {
+    detail::reject_empty_path(from);
+    detail::reject_empty_path(to);
+    std::string const from8 = detail::system_path(from);
+    switch (detail::read_status(&::lstat, from8).type) {
+        case file_status::file_not_found:
+            detail::throw_cloneable(PathNotFound({}));  // deliberately without the path
+        case file_status::symlink_file:
+            if (has(options, copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
+            if (has(options, copy_option::skip_symlinks)) return;
+            return copy_followed(from, from8, to, options, outer);
+        case file_status::regular_file: return copy_file_impl(from, to, options);
+        case file_status::directory_file:
+            return copy_directory_contents(from, to, options, outer, /*follows_link=*/false);
+        default: detail::throw_invalid_argument("Unsupported file type");
+    }
+}
+
+}  // namespace
+
+void copy(upath const& from, upath const& to, copy_option options) {
+    validate(options);
+    copy_any(native_text(from), native_text(to), options, nullptr);
+}
+void copy(std::u16string const& from, std::u16string const& to, copy_option options) {
+    validate(options);
+    copy_any(native_text(from), native_text(to), options, nullptr);
+}
+
+void copy_file(upath const& from, upath const& to, copy_option options) {
+    validate(options);
+    copy_file_impl(native_text(from), native_text(to), options);
+}
+void copy_file(std::u16string const& from, std::u16string const& to, copy_option options) {
+    validate(options);
+    copy_file_impl(native_text(from), native_text(to), options);
+}
+
+void copy_directory(upath const& from, upath const& to) {
+    copy_directory_impl(native_text(from), native_text(to));
+}
+void copy_directory(std::u16string const& from, std::u16string const& to) {
+    copy_directory_impl(native_text(from), native_text(to));
+}
+
+void copy_symlink(upath const& from, upath const& to) {
+    copy_symlink_impl(from.native(), to.native());
+}
+void copy_symlink(std::u16string const& from, std::u16string const& to) {
+    copy_symlink_impl(from, to);  // as given: no native form
+}
+
+}  // namespace ko::filesystem

@@ -1,0 +1,67 @@
+#include <ko/filesystem/create.hpp>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/posix/link_maker.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using detail::native_text;
+
+/// Makes a directory and gives the error number, or 0. A failure that leaves errno at 0 is none.
+int make_directory(char const* path8) noexcept {
+    errno = 0;
+    return ::mkdir(path8, 0775) == 0 ? 0 : errno;
+}
+
+void reject_root(std::string const& path8) {
+    if (path8 == "/") detail::throw_errno_exception(EEXIST, path8, {});
+}
+
+void create_directory_impl(std::u16string const& native) {
+    std::string const path8 = detail::system_path(native);
+    reject_root(path8);
+    int const error = make_directory(path8.c_str());
+    if (error != 0) detail::throw_errno_exception(error, path8, {});
+}
+
+void create_directories_impl(std::u16string const& native) {
+    detail::reject_empty_path(native);
+    std::string path8 = detail::system_path(native);
+    reject_root(path8);
+    for (std::size_t end = path8.find('/', 1); end != path8.npos; end = path8.find('/', end + 1)) {
+        path8[end] = '\0';  // the prefix, in place
+        int const error = make_directory(path8.c_str());
+        // Whatever stands there passes, even a file: the step below it finds out.
+        if (error != 0 && error != EEXIST)
+            detail::throw_errno_exception(error, path8.substr(0, end), {});
+        path8[end] = '/';
+    }
+    int const error = make_directory(path8.c_str());
+    if (error != 0) detail::throw_errno_exception(error, path8, {});
+}
+
+}  // namespace
+
+void create_directory(upath const& p) { create_directory_impl(native_text(p)); }
+void create_directory(std::u16string const& p) { create_directory_impl(native_text(p)); }
+
+void create_directories(upath const& p) { create_directories_impl(native_text(p)); }
+void create_directories(std::u16string const& p) { create_directories_impl(native_text(p)); }
+
+void create_symlink(upath const& target, upath const& link, unsigned int type) {
+    detail::make_link(native_text(target), native_text(link), type);
+}
+void create_symlink(std::u16string const& target, std::u16string const& link, unsigned int type) {
+    detail::make_link(native_text(target), native_text(link), type);
+}
+
+}  // namespace ko::filesystem

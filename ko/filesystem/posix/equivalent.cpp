@@ -1,0 +1,38 @@
+#include <ko/filesystem/equivalent.hpp>
+
+#include <string>
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+#include <boost/system/error_code.hpp>
+
+#include <ko/filesystem/exceptions/path_errors.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/posix/boost_error.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+bool equivalent_impl(std::u16string const& a, std::u16string const& b) {
+    if (a.empty()) detail::reject_empty_path(b);
+    if (a.empty() || b.empty()) return false;
+    std::string const a8 = detail::system_path(a);
+    std::string const b8 = detail::system_path(b);
+    if (a8.empty() && b8.empty()) detail::throw_cloneable(PathNotFound({}));
+    if (a8.empty() || b8.empty()) return false;
+    boost::system::error_code ec;
+    bool const same = boost::filesystem::equivalent(a8, b8, ec);
+    if (ec.failed()) detail::throw_copy_error_code_exception(ec, a, b);
+    return same;
+}
+
+}  // namespace
+
+bool equivalent(upath const& a, upath const& b) { return equivalent_impl(a.native(), b.native()); }
+bool equivalent(std::u16string const& a, std::u16string const& b) {
+    return equivalent_impl(a, b);  // as given: no native form
+}
+
+}  // namespace ko::filesystem

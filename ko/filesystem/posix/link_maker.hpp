@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace ko::filesystem::detail {
+
+/// Makes the symbolic link `link` with the text `target`, both exactly as given. See
+/// `create_symlink` for `type` and what is thrown.
+void make_link(std::u16string const& target, std::u16string const& link, unsigned int type);
+
+}  // namespace ko::filesystem::detail

@@ -1,0 +1,161 @@
+#include <ko/filesystem/remove.hpp>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/exceptions/path_errors.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/file_status.hpp>
+#include <ko/filesystem/posix/handles.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/status_reader.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using detail::native_text;
+using detail::throw_errno_exception;
+using traits = pathname_traits<char>;
+
+void remove_by(int (*call)(char const*), std::string const& path8) {
+    if (call(path8.c_str()) != 0) throw_errno_exception(errno, path8, {});
+}
+
+void unlink_path(std::string const& path8) {
+    if (::unlink(path8.c_str()) == 0) return;
+    // EPERM is what macOS says of a directory; the caller is to hear the same as on Linux.
+    throw_errno_exception(errno == EPERM ? EISDIR : errno, path8, {});
+}
+
+bool is_directory(std::string const& path8) {
+    struct stat found;
+    if (::lstat(path8.c_str(), &found) != 0) {
+        int const error = errno;
+        // Deliberately without the path, unlike what the removals report that don't look first.
+        if (error == ENOENT) detail::throw_cloneable(PathNotFound({}));
+        throw_errno_exception(error, path8, {});
+    }
+    return detail::translated_type(found.st_mode) == file_status::directory_file;
+}
+
+/// 0 when `path8` is a directory and no link, else the error number that says what is the matter.
+int directory_verdict(int base, char const* path8) noexcept {
+    int const descriptor = ::openat(base, path8, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor == -1) return errno;
+    ::close(descriptor);  // opening it was the proof
+    return 0;
+}
+
+void remove_tree(int base, std::string& dir);
+
+/// Removes what the directory `dir` holds. 0 when it could be read to its end and was still there
+/// and no link before each removal, else the error number. `dir` serves for the paths of the
+/// entries meanwhile, so that they cost no memory of their own.
+int remove_entries(int base, std::string& dir) {
+    posix::detail::dir_stream stream(::opendir(dir.c_str()));
+    if (stream == nullptr) throw_errno_exception(errno, dir, {});
+    std::size_t const dir_length = dir.size();
+    int verdict = 0;
+    for (;;) {
+        errno = 0;
+        ::dirent const* const entry = ::readdir(stream.get());
+        if (entry == nullptr) {
+            verdict = errno;
+            break;
+        }
+        if (detail::algorithm::is_dot_name<char>(entry->d_name)) continue;
+        dir += traits::PATHNAME_SEPARATOR_CHARACTER;
+        dir += entry->d_name;
+        bool const descend = is_directory(dir);
+        dir[dir_length] = '\0';  // the directory itself once more, in place
+        verdict = directory_verdict(base, dir.c_str());
+        dir[dir_length] = traits::PATHNAME_SEPARATOR_CHARACTER;
+        if (verdict != 0) break;
+        if (descend)
+            remove_tree(base, dir);
+        else
+            remove_by(&::unlink, dir);
+        dir.resize(dir_length);
+    }
+    dir.resize(dir_length);
+    if (::closedir(stream.release()) != 0) throw_errno_exception(errno, {}, {});
+    return verdict;
+}
+
+/// Removes the directory `dir` with all it holds. `dir` is the same again afterwards.
+void remove_tree(int base, std::string& dir) {
+    int verdict = directory_verdict(base, dir.c_str());
+    if (verdict == 0) verdict = remove_entries(base, dir);
+    switch (verdict) {
+        case 0: return remove_by(&::rmdir, dir);
+        case ENOENT: return;  // someone else has removed it
+        case ENOTDIR:
+        case ELOOP:  // O_NOFOLLOW has met a link
+            if (::unlinkat(base, dir.c_str(), 0) != 0) throw_errno_exception(errno, dir, {});
+            return;
+        default: throw_errno_exception(verdict, dir, {});
+    }
+}
+
+void remove_impl(std::u16string const& native) {
+    if (native.empty()) return;
+    std::string const path8 = detail::system_path(native);
+    remove_by(is_directory(path8) ? &::rmdir : &::unlink, path8);
+}
+
+void remove_file_impl(std::u16string const& native) {
+    if (!native.empty()) unlink_path(detail::system_path(native));
+}
+
+void remove_directory_impl(std::u16string const& native) {
+    if (!native.empty()) remove_by(&::rmdir, detail::system_path(native));
+}
+
+void remove_all_impl(std::u16string const& native) {
+    if (native.empty()) return;
+    std::string path8 = detail::system_path(native);
+    if (is_directory(path8))
+        remove_tree(AT_FDCWD, path8);
+    else
+        remove_by(&::unlink, path8);
+}
+
+void remove_impl(std::u16string const& native, unsigned int type) {
+    if (type == file_status::directory_file)
+        remove_directory_impl(native);
+    else
+        remove_file_impl(native);
+}
+
+}  // namespace
+
+void remove(upath const& p) { remove_impl(native_text(p)); }
+void remove(std::u16string const& p) { remove_impl(native_text(p)); }
+
+void remove(upath const& p, unsigned int type) { remove_impl(native_text(p), type); }
+void remove(std::u16string const& p, unsigned int type) { remove_impl(native_text(p), type); }
+
+void remove_file(upath const& p) { remove_file_impl(native_text(p)); }
+void remove_file(std::u16string const& p) { remove_file_impl(native_text(p)); }
+
+void remove_directory(upath const& p) { remove_directory_impl(native_text(p)); }
+void remove_directory(std::u16string const& p) { remove_directory_impl(native_text(p)); }
+
+void remove_symlink(upath const& p) { remove_file_impl(native_text(p)); }
+void remove_symlink(std::u16string const& p) { remove_file_impl(native_text(p)); }
+
+void remove_all(upath const& p) { remove_all_impl(native_text(p)); }
+void remove_all(std::u16string const& p) { remove_all_impl(native_text(p)); }
+
+}  // namespace ko::filesystem

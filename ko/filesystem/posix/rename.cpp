@@ -1,0 +1,73 @@
+#include <ko/filesystem/rename.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/fault_path.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using detail::native_text;
+
+void transfer_write_times(std::filesystem::path const& from, std::filesystem::path const& to) {
+    namespace fs = std::filesystem;
+    if (fs::is_regular_file(from) && fs::is_regular_file(to))
+        return fs::last_write_time(to, fs::last_write_time(from));
+    if (!fs::is_directory(from) || !fs::is_directory(to)) return;
+    // Real paths, so that a link which leaves the tree takes its time out of the copy as well.
+    fs::path const root = fs::weakly_canonical(from);
+    for (fs::directory_entry const& entry : fs::recursive_directory_iterator(from)) {
+        if (!entry.is_regular_file()) continue;
+        fs::path const below = fs::weakly_canonical(entry).lexically_relative(root);
+        fs::last_write_time(to / below, fs::last_write_time(entry));
+    }
+}
+
+/// Moves by copying and removing. Gives the error number of the step that failed, or 0.
+int move_across_devices(std::string const& from8, std::string const& to8,
+                        rename_options const& options) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::copy(from8, to8, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+    if (error) return error.value();
+    if (options.preserve_last_write_time != 0) transfer_write_times(from8, to8);
+    fs::remove_all(from8, error);
+    return error.value();
+}
+
+void rename_impl(std::u16string const& from, std::u16string const& to,
+                 rename_options const& options) {
+    detail::reject_empty_path(from);
+    detail::reject_empty_path(to);
+    std::string const from8 = detail::system_path(from);
+    std::string const to8 = detail::system_path(to);
+    errno = 0;
+    if (::rename(from8.c_str(), to8.c_str()) == 0) return;
+    int error = errno;
+    if (error == EXDEV) error = move_across_devices(from8, to8, options);
+    if (error == 0) return;
+    switch (detail::blame_for_rename(error, detail::from_filesystem_strict(from8))) {
+        case detail::blame::source: detail::throw_errno_exception(error, from8, {});
+        case detail::blame::destination: detail::throw_errno_exception(error, to8, {});
+        case detail::blame::both: detail::throw_errno_exception(error, from8, to8);
+    }
+}
+
+}  // namespace
+
+void rename(upath const& from, upath const& to, rename_options const& options) {
+    rename_impl(native_text(from), native_text(to), options);
+}
+void rename(std::u16string const& from, std::u16string const& to, rename_options const& options) {
+    rename_impl(native_text(from), native_text(to), options);
+}
+
+}  // namespace ko::filesystem

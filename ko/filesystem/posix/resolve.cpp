@@ -1,0 +1,156 @@
+#include <ko/filesystem/resolve.hpp>
+
+#include <cerrno>
+#include <climits>
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include <boost/filesystem/path.hpp>
+
+#include <ko/filesystem/detail/current_directory.hpp>
+#include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/exceptions/path_errors.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/status.hpp>
+
+namespace ko::filesystem {
+
+namespace {
+
+using detail::native_text;
+
+/// `p` behind `base`, or behind what `current` gives when `base` is empty; empty when that is.
+template <class CharT, class Current>
+std::basic_string<CharT> absolute_text(std::basic_string<CharT> const& p,
+                                       std::basic_string<CharT> const& base, Current current) {
+    using detail::algorithm::is_absolute;
+    if (is_absolute<CharT>(p)) return p;
+    if (!base.empty() && !is_absolute<CharT>(base))
+        detail::throw_invalid_argument("Invalid Base Path");
+    std::basic_string<CharT> result = base.empty() ? current() : base;
+    if (result.empty()) return result;
+    result.reserve(result.size() + 1 + p.size());
+    if (!detail::algorithm::is_separator(result.back()))
+        result += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
+    return result += p;
+}
+
+std::u16string absolute_impl(std::u16string const& native, std::u16string const& base) {
+    return absolute_text(native, base, get_current_path);
+}
+
+std::string current_path8() {
+    using bytes = detail::path_traits<char, char>;
+    return bytes::make_native_form(detail::get_cwd_mt(), /*expand_tilde=*/true);
+}
+
+std::u16string real_path(std::string const& path8) {
+    char buffer[PATH_MAX];
+    if (::realpath(path8.c_str(), buffer) == nullptr)
+        detail::throw_errno_exception(errno, path8, {});
+    return detail::from_filesystem_strict(buffer);
+}
+
+std::u16string canonical_impl(std::u16string const& p, std::u16string const& base) {
+    // A path object's text may still begin with a tilde; here it is expanded.
+    std::string const p8 = detail::system_path(native_text(p));
+    std::string const base8 = detail::system_path(native_text(base));
+    // What has no UTF-8 form must not be taken for the working directory.
+    if (p8.empty() || (base8.empty() && !base.empty())) detail::throw_cloneable(PathNotFound({}));
+    std::string const absolute8 = absolute_text(p8, base8, current_path8);
+    // Deliberately without the path, unlike what realpath reports.
+    if (!detail::exists_by_stat(absolute8)) detail::throw_cloneable(PathNotFound({}));
+    return real_path(absolute8);
+}
+
+std::u16string from_boost(boost::filesystem::path const& path) {
+    return detail::from_filesystem_strict(path.native());
+}
+
+/// Where a walk over a path's elements stands.
+struct cursor {
+    explicit cursor(std::u16string const& p)
+        : text(p),
+          root_length(detail::get_root_path_length(p)),
+          element(detail::extract_first_element(p, root_length)) {}
+
+    bool at_end() const noexcept { return position == text.size() && element.empty(); }
+    void move_down() { detail::move_down(text, root_length, position, element); }
+
+    std::u16string const& text;
+    std::size_t root_length;
+    std::size_t position = 0;
+    std::u16string element;
+};
+
+/// Moves `walk` over the leading elements that exist and gives their path.
+upath existing_head(cursor& walk) {
+    upath head;
+    while (!walk.at_end() && !walk.element.empty()) {
+        // Joining expands a tilde, so that an element like "~name" may leave the path; that is
+        // meant.
+        upath candidate = head / walk.element;
+        if (!exists(candidate)) break;
+        head = std::move(candidate);
+        walk.move_down();
+    }
+    return head;
+}
+
+upath weakly_canonical_impl(upath const& p) {
+    static_cast<void>(detail::system_path(p.native()));  // refuses what exists would call missing
+    if (exists(p)) return canonical(p);
+    cursor walk(p.native());
+    upath const head = existing_head(walk);
+    upath result = canonical(head);
+    if (result.empty() && !head.empty()) return {};  // the tail alone would name something else
+    bool has_dots = false;
+    for (; !walk.at_end(); walk.move_down()) {
+        has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(walk.element);
+        result /= walk.element;
+    }
+    if (!has_dots) return result;
+    boost::filesystem::path const tail8(detail::to_filesystem(result.native()));
+    return upath(from_boost(tail8.lexically_normal()));
+}
+
+}  // namespace
+
+upath absolute(upath const& p, upath const& base) {
+    return p.empty() ? upath() : upath(absolute_impl(p.native(), base.native()));
+}
+std::u16string absolute(std::u16string const& p, std::u16string const& base) {
+    native_text const native(p);
+    return native.empty() ? std::u16string() : absolute_impl(native, native_text(base));
+}
+
+upath canonical(upath const& p, upath const& base) {
+    return p.empty() ? upath() : upath(canonical_impl(p.native(), base.native()));
+}
+std::u16string canonical(std::u16string const& p, std::u16string const& base) {
+    native_text const native(p);
+    return native.empty() ? std::u16string() : canonical_impl(native, native_text(base));
+}
+
+upath weakly_canonical(upath const& p) { return p.empty() ? upath() : weakly_canonical_impl(p); }
+std::u16string weakly_canonical(std::u16string const& p) {
+    return p.empty() ? std::u16string() : weakly_canonical_impl(upath(p)).native();
+}
+
+upath relative(upath const& p, upath const& base) {
+    return upath(relative(p.native(), base.native()));
+}
+std::u16string relative(std::u16string const& p, std::u16string const& base) {
+    boost::filesystem::path const p8(detail::to_filesystem(weakly_canonical(p)));
+    boost::filesystem::path const base8(detail::to_filesystem(weakly_canonical(base)));
+    return from_boost(p8.lexically_relative(base8));
+}
+
+}  // namespace ko::filesystem
