@@ -1,9 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <cstddef>
 #include <functional>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include <ko/filesystem.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>

@@ -8,6 +8,8 @@
 #include <iostream>
 #include <string_view>
 
+#include "report.hpp"
+
 namespace kofs {
 
 namespace {
@@ -15,12 +17,13 @@ namespace {
 constexpr int wrong_usage = 2;
 
 void print_row(std::string const& left, char const* right) {
-    std::cout << "  " << std::left << std::setw(26) << left << right << '\n';
+    std::cout << "  " << std::left << std::setw(30) << left << right << '\n';
 }
 
 void print_help(std::vector<command> const& commands) {
     std::cout << "Usage: kofs COMMAND [OPTION...] [PATH...]\n"
-                 "Answers questions about files through ko::filesystem.\n\nCommands:\n";
+                 "Asks about files, and makes, moves, copies and removes them, through "
+                 "ko::filesystem.\n\nCommands:\n";
     for (command const& each : commands)
         print_row(std::string(each.name) + ' ' + each.operands, each.help);
     std::cout << "\n'kofs COMMAND --help' tells more. A path may begin with ~ or ~name.\n"
@@ -68,7 +71,8 @@ arguments parse(command const& of, int argc, char** argv, bool& help) {
 }  // namespace
 
 int run_command_line(int argc, char** argv, std::vector<command> const& commands) {
-    std::string const name = argc < 2 ? "--help" : argv[1];
+    std::string name = argc < 2 ? "--help" : argv[1];
+    std::replace(name.begin(), name.end(), '_', '-');
     if (name == "--help" || name == "-h") {
         print_help(commands);
         return argc < 2 ? wrong_usage : 0;
@@ -82,9 +86,17 @@ int run_command_line(int argc, char** argv, std::vector<command> const& commands
     try {
         bool help = false;
         arguments const given = parse(*chosen, argc - 1, argv + 1, help);
-        if (!help) return chosen->run(given);
-        print_help(*chosen);
-        return 0;
+        if (help) {
+            print_help(*chosen);
+            return 0;
+        }
+        int const result = chosen->run(given);
+        return std::cout.flush() ? result : 1;
+    } catch (ko::filesystem::FsysExceptionBase const& error) {
+        std::cout.flush();
+        std::cerr << "kofs " << name << ":\n";
+        print_error(std::cerr, error);
+        return 1;
     } catch (usage_error const& error) {
         std::cerr << "kofs " << name << ": " << error.what() << "; see kofs " << name
                   << " --help\n";

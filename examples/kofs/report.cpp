@@ -43,7 +43,7 @@ void print_text(fs::upath const& path, std::ostream& out) {
         << quoted(parts.stem) << ", extension " << quoted(parts.extension) << '\n';
 }
 
-void print_status(fs::file_status const& s, std::ostream& out) {
+void print_details(fs::file_status const& s, std::ostream& out) {
     out << row{"permissions"} << rwx(s.permissions) << " (" << std::oct << s.permissions << std::dec
         << ")\n"
         << row{"size"} << s.size << " bytes\n"
@@ -59,6 +59,11 @@ std::string shown(std::u16string const& text) {
     for (char16_t const unit : text) printable = printable && unit >= 0x20 && unit != 0x7F;
     if (text.empty() || printable) return fs::detail::to_filesystem(text);
     return fs::InvalidArgument("", {}, {}).printHelper(text);
+}
+
+void print_status(fs::file_status const& found, std::ostream& out) {
+    out << row{"type"} << type_name(found.type) << '\n';
+    if (found.type != fs::file_status::file_not_found) print_details(found, out);
 }
 
 std::string rwx(std::uint32_t permissions) {
@@ -101,7 +106,7 @@ bool describe(std::string const& text, std::ostream& out, std::ostream& errors) 
             out << " to " << type_name(reached.type) << (fs::exists(path) ? "" : " (dangling)");
         out << '\n';
         if (there.type == fs::file_status::file_not_found) return false;
-        print_status(reached.type == fs::file_status::file_not_found ? there : reached, out);
+        print_details(reached.type == fs::file_status::file_not_found ? there : reached, out);
         return true;
     } catch (fs::FsysExceptionBase const& error) {
         out << std::flush;

@@ -13,6 +13,9 @@ std::string shown(std::u16string const& text);
 /// A mode as "rwxr-xr-x", with s, t, S and T as ls(1) has them.
 std::string rwx(std::uint32_t permissions);
 
+/// What a status query has found.
+void print_status(ko::filesystem::file_status const& found, std::ostream& out);
+
 /// Class, message, path, arguments and number of a failure.
 void print_error(std::ostream& out, ko::filesystem::FsysExceptionBase const& error);
 

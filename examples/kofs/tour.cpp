@@ -1,62 +1,265 @@
 #include "tour.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdlib>
-#include <filesystem>
+#include <exception>
 #include <fstream>
 #include <iostream>
+#include <optional>
+#include <stdexcept>
 #include <string>
-#include <utility>
+#include <type_traits>
+
+#include <ko/filesystem.hpp>
 
 #include "report.hpp"
 
 namespace kofs {
 
+namespace fs = ko::filesystem;
+
 namespace {
 
-/// A directory that is gone with everything in it when the tour ends.
+volatile std::sig_atomic_t caught_signal = 0;
+
+/// Makes signals that would end the process end the tour instead, at its next step.
+void catch_signals() {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, [](int number) { caught_signal = number; });
+    std::signal(SIGPIPE, SIG_IGN);  // the output says so instead
+}
+
+struct interrupted : std::exception {};
+
+/// A directory in `parent` that is gone with everything in it afterwards.
 class scratch_directory {
 public:
-    scratch_directory() : path_((std::filesystem::temp_directory_path() / "kofs-XXXXXX").string()) {
-        if (::mkdtemp(path_.data()) == nullptr)
-            throw std::runtime_error("can't make a directory like " + path_);
+    explicit scratch_directory(std::string const& parent) : path8_(parent + "/kofs-XXXXXX") {
+        if (::mkdtemp(path8_.data()) == nullptr)
+            throw std::runtime_error("can't make a directory in " + parent);
     }
     scratch_directory(scratch_directory const&) = delete;
     scratch_directory& operator=(scratch_directory const&) = delete;
     ~scratch_directory() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        try {
+            fs::remove_all(fs::upath::from_utf8(path8_));
+        } catch (std::exception const& error) {
+            std::cerr << "kofs: " << path8_ << " is left behind: " << error.what() << '\n';
+        }
     }
-    std::string operator/(char const* name) const { return path_ + '/' + name; }
+
+    std::string const& path8() const noexcept { return path8_; }
 
 private:
-    std::string path_;
+    std::string path8_;
 };
 
-}  // namespace
+/// A directory on another file system than `path8`, where this machine has one that may be written.
+std::optional<std::string> other_file_system(std::string const& path8) {
+    struct stat here;
+    struct stat there;
+    if (::stat(path8.c_str(), &here) != 0) return std::nullopt;
+    for (char const* const candidate : {"/dev/shm", "/tmp", "/var/tmp"})
+        if (::stat(candidate, &there) == 0 && there.st_dev != here.st_dev &&
+            ::access(candidate, W_OK) == 0)
+            return candidate;
+    return std::nullopt;
+}
 
-int tour(arguments const&) {
-    scratch_directory const scratch;
-    std::filesystem::create_directory(scratch / "Übersicht");
-    std::ofstream(scratch / "Übersicht/報告 2024.txt") << "twelve bytes";
-    std::filesystem::create_symlink("Übersicht/報告 2024.txt", scratch / "link");
-    std::filesystem::create_symlink("nowhere", scratch / "dangling");
+std::string text(bool yes) { return yes ? "yes" : "no"; }
+std::string text(std::u16string const& result) { return shown(result); }
+std::string text(fs::upath const& result) { return shown(result.native()); }
 
-    std::pair<char const*, std::string> const stops[] = {
-        {"the home directory", "~"},
-        {"a system file, its path written carelessly", "//etc///passwd"},
-        {"a directory", "/usr/share/"},
-        {"names that are not ASCII", scratch / "Übersicht/報告 2024.txt"},
-        {"a symbolic link", scratch / "link"},
-        {"a dangling link", scratch / "dangling"},
-        {"a missing path", scratch / "missing.tar.gz"},
-        {"a path below a regular file", "/etc/passwd/x"},
-    };
-    for (auto const& [what, path] : stops) {
-        std::cout << "# " << what << ": ";
+/// Does the steps, prints what comes of them, and keeps count.
+class guide {
+public:
+    /// A step with a result, or with nothing to tell.
+    template <class Action>
+    void show(std::string const& what, Action action) {
+        begin(what);
+        try {
+            if constexpr (std::is_void_v<decltype(action())>) {
+                action();
+                std::cout << '\n';
+            } else {
+                auto const result = action();
+                std::cout << "  ->  " << text(result) << '\n';
+                if constexpr (std::is_same_v<decltype(result), bool const>)
+                    surprises_ += result ? 0 : 1;
+            }
+        } catch (fs::FsysExceptionBase const& error) {
+            std::cout << '\n';
+            print_error(std::cout, error);
+            ++surprises_;
+        }
+    }
+
+    /// A step that must fail, to show how failures read.
+    template <class Action>
+    void show_failure(std::string const& what, Action action) {
+        begin(what);
+        std::cout << '\n';
+        try {
+            action();
+            std::cout << "  unexpectedly succeeded\n";
+            ++surprises_;
+        } catch (fs::FsysExceptionBase const& error) {
+            print_error(std::cout, error);
+        }
+    }
+
+    int steps() const noexcept { return steps_; }
+    int surprises() const noexcept { return surprises_; }
+
+private:
+    void begin(std::string const& what) {
+        if (caught_signal != 0 || !std::cout) throw interrupted();
+        ++steps_;
+        std::cout << what;
+    }
+
+    int steps_ = 0;
+    int surprises_ = 0;
+};
+
+void heading(char const* text) { std::cout << "\n# " << text << "\n\n"; }
+
+void show_this_machine() {
+    heading("Paths of this machine");
+    for (char const* const path : {"~", "//etc///passwd", "/usr/share/", "/bin/sh"}) {
         describe(path, std::cout, std::cout);
         std::cout << '\n';
     }
-    return std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+void show_tree(guide& g, fs::upath const& tree) {
+    heading("Making a small tree");
+    auto const folder = tree / u"\u00DCbersicht";
+    auto const file = folder / u"\u5831\u544A 2024.txt";
+    g.show("create_directories " + text(folder), [&] { fs::create_directories(folder); });
+    g.show("create_directory " + text(tree / u"leer"),
+           [&] { fs::create_directory(tree / u"leer"); });
+    std::ofstream(file.string()) << "twelve bytes";
+    g.show("create_symlink " + text(tree / u"link"),
+           [&] { fs::create_symlink(file, tree / u"link"); });
+    g.show("create_symlink " + text(tree / u"dangling"),
+           [&] { fs::create_symlink(u"nowhere", (tree / u"dangling").native()); });
+
+    heading("Asking about it");
+    for (fs::upath const& p :
+         {file, tree / u"link", tree / u"dangling", tree / u"missing.tar.gz"}) {
+        describe(p.string(), std::cout, std::cout);
+        std::cout << '\n';
+    }
+    g.show("exists, the file", [&] { return fs::exists(file); });
+    g.show("access, the file, to write", [&] { return fs::access(file, fs::access_write); });
+    g.show("permissions, less all of the others'", [&] {
+        fs::permissions(file, fs::file_status::others_all | fs::file_status::perms_remove);
+        return fs::detail::from_filesystem(rwx(fs::status(file).permissions));
+    });
+    g.show("status_express_light, its size", [&] {
+        return fs::detail::from_filesystem(
+            std::to_string(fs::status_express_light(file.native()).size) + " bytes");
+    });
+    g.show("symlink_status, the link is one", [&] {
+        return fs::symlink_status(tree / u"link").type == fs::file_status::symlink_file;
+    });
+    g.show("read_symlink", [&] { return fs::read_symlink(tree / u"link"); });
+    g.show("equivalent, the link and the file",
+           [&] { return fs::equivalent(tree / u"link", file); });
+    g.show("space, at least a byte is free", [&] { return fs::space(tree).free > 0; });
+}
+
+void show_paths(guide& g, fs::upath const& tree) {
+    heading("Where things are");
+    std::u16string const before = fs::get_current_path();
+    g.show("get_current_path", [&] { return before; });
+    g.show("change_current_path " + text(tree), [&] { return fs::change_current_path(tree); });
+    g.show("absolute a/../b", [] { return fs::absolute(u"a/../b"); });
+    g.show("canonical link", [] { return fs::canonical(u"link"); });
+    g.show("weakly_canonical leer/missing/../x",
+           [] { return fs::weakly_canonical(u"leer/missing/../x"); });
+    g.show("relative /usr/share from here", [] { return fs::relative(u"/usr/share"); });
+    g.show("get_unc_path link", [] { return fs::get_unc_path(u"link", false); });
+    g.show("change_current_path, back", [&] { return fs::change_current_path(before); });
+}
+
+void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
+    using fs::copy_option;
+    heading("Copying, moving and removing it");
+    auto const copy = scratch / u"Kopie";
+    g.show("copy, recursive, links as links",
+           [&] { fs::copy(tree, copy, copy_option::recursive | copy_option::copy_symlinks); });
+    g.show("copy_file, through the link", [&] { fs::copy_file(tree / u"link", copy / u"f.txt"); });
+    g.show("copy_file, update: as new already",
+           [&] { fs::copy_file(tree / u"link", copy / u"f.txt", copy_option::update_existing); });
+    g.show("copy_directory", [&] { fs::copy_directory(tree, copy / u"leer too"); });
+    g.show("copy_symlink", [&] { fs::copy_symlink(tree / u"dangling", copy / u"d"); });
+    g.show("rename", [&] { fs::rename(copy, scratch / u"moved"); });
+    if (auto const elsewhere = other_file_system(scratch.string())) {
+        scratch_directory const other(*elsewhere);
+        auto const there = fs::upath::from_utf8(other.path8()) / u"moved";
+        fs::rename_options options;
+        options.preserve_last_write_time = 1;
+        auto const written = fs::status(scratch / u"moved/f.txt").last_write_time;
+        g.show("rename, to " + *elsewhere + ", times kept", [&] {
+            // Not the links: the time of what they point to would be set instead.
+            fs::remove(scratch / u"moved/link");
+            fs::rename(scratch / u"moved", there, options);
+            return fs::status(there / u"f.txt").last_write_time == written;
+        });
+        g.show("rename, back", [&] { fs::rename(there, scratch / u"moved"); });
+    }
+    auto const moved = scratch / u"moved";
+    g.show("remove_file", [&] { fs::remove_file(moved / u"f.txt"); });
+    g.show("remove_symlink", [&] { fs::remove_symlink(moved / u"d"); });
+    g.show("remove_directory", [&] { fs::remove_directory(moved / u"leer too"); });
+    g.show("remove", [&] { fs::remove(moved / u"leer"); });
+    g.show("remove_all", [&] { fs::remove_all(moved); });
+}
+
+void show_failures(guide& g, fs::upath const& scratch, fs::upath const& tree) {
+    heading("How failures read");
+    g.show_failure("status, below a regular file",
+                   [] { static_cast<void>(fs::status(u"/etc/passwd/x")); });
+    g.show_failure("canonical, a missing path", [] { fs::canonical(u"/no/such/path"); });
+    g.show_failure("remove_directory, with something in it", [&] { fs::remove_directory(tree); });
+    g.show_failure("create_directory, a name beyond the limit",
+                   [&] { fs::create_directory(scratch / std::u16string(300, u'n')); });
+    g.show_failure("copy, a directory into itself",
+                   [&] { fs::copy(tree, tree / u"inside", fs::copy_option::recursive); });
+    g.show_failure("rename, a directory into itself", [&] { fs::rename(tree, tree / u"inside"); });
+    g.show_failure("access, without a path", [] { fs::access(u"", fs::access_read); });
+    g.show_failure("read_symlink, of a file", [] { fs::read_symlink(u"/etc/passwd"); });
+    g.show_failure("create_shortcut", [] { fs::create_shortcut(u"a", u"b"); });
+}
+
+std::string temporary_directory() {
+    char const* const set = std::getenv("TMPDIR");
+    return set != nullptr && *set != '\0' ? set : "/tmp";
+}
+
+}  // namespace
+
+int tour(arguments const&) try {
+    catch_signals();
+    guide g;
+    scratch_directory const scratch(temporary_directory());
+    auto const root = fs::upath::from_utf8(scratch.path8());
+    auto const tree = root / u"Baum";
+    show_this_machine();
+    show_tree(g, tree);
+    show_paths(g, tree);
+    show_copies(g, root, tree);
+    show_failures(g, root, tree);
+    std::cout << '\n' << g.steps() << " steps done, " << g.surprises() << " not as expected\n";
+    return g.surprises() == 0 && std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
+} catch (interrupted const&) {
+    std::cout << "\ninterrupted\n";
+    return caught_signal != 0 ? 128 + caught_signal : EXIT_FAILURE;
 }
 
 }  // namespace kofs

@@ -4,7 +4,8 @@
 
 namespace kofs {
 
-/// Shows what the library answers about paths of this machine and of a scratch directory.
+/// Walks through every operation on paths of this machine and of scratch directories, which are
+/// gone afterwards, also when a signal ends the tour.
 int tour(arguments const&);
 
 }  // namespace kofs

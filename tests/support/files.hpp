@@ -2,13 +2,20 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+
+#include <gtest/gtest.h>
 
 #include <ko/filesystem.hpp>
 
@@ -20,7 +27,8 @@ inline std::u16string utf16(std::string const& text) { return detail::from_files
 /// A directory of its own for one test, made with plain system calls and removed with all it holds.
 class scratch_dir {
 public:
-    scratch_dir() : path_(std::filesystem::temp_directory_path() / "ko-test-XXXXXX") {
+    explicit scratch_dir(std::string const& parent = std::filesystem::temp_directory_path())
+        : path_(parent + "/ko-test-XXXXXX") {
         if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp: " + path_);
         ::chmod(path_.c_str(), 0755);
     }
@@ -53,6 +61,12 @@ public:
         std::u16string const path = *this / name;
         must(::symlink(target.c_str(), utf8(path).c_str()) == 0);
         return path;
+    }
+
+    std::string content(std::u16string const& name) const {
+        std::ifstream stream(utf8(*this / name), std::ios::binary);
+        must(stream.good());
+        return {std::istreambuf_iterator<char>(stream), {}};
     }
 
     static void must(bool succeeded) {
@@ -102,5 +116,22 @@ public:
 private:
     uid_t was_ = ::geteuid();
 };
+
+/// Runs `action` in a child process that has given up its rights for good, real user id included,
+/// and fails with it.
+template <class Action>
+void as_unprivileged_child(Action action) {
+    pid_t const child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        if (::getuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) std::_Exit(2);
+        action();
+        std::fflush(nullptr);
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+    int result = -1;
+    ASSERT_EQ(::waitpid(child, &result, 0), child);
+    EXPECT_EQ(result, 0) << "see the failures above";
+}
 
 }  // namespace ko::filesystem::testing
