@@ -270,7 +270,7 @@ TEST(CopyFile, NeverOverwritesAFileWithItself) {
 TEST(CopyFile, CopiesBytesAndPermissions) {
     scratch_dir const scratch;
     std::string content;
-    for (int i = 0; i < 300'000; ++i) content += static_cast<char>(i * i >> 3);
+    for (unsigned i = 0; i < 300'000; ++i) content += static_cast<char>(i * i >> 3);
     for (std::string const& bytes : {std::string(), std::string("x"), content}) {
         std::u16string const file = scratch.file(u"f", bytes);
         scratch_dir::must(::chmod(utf8(file).c_str(), 0640) == 0);
