@@ -1,33 +1,28 @@
-#include <exception>
+#include <gtest/gtest.h>
+
 #include <locale>
 #include <string>
+#include <vector>
 
-#include <gtest/gtest.h>
 #include <boost/exception_ptr.hpp>
 
 #include <ko/filesystem.hpp>
-
-#include "support/caught.hpp"
 
 namespace ko::filesystem {
 namespace {
 
 using strings = std::vector<std::u16string>;
-using testing::caught;
 
 template <class Error>
 void check(Error const& error, std::string const& name, int kind, std::u16string const& path,
            strings const& arguments = {}, int number = 0) {
-    SCOPED_TRACE(name);
     Error const copy(error);
     EXPECT_EQ(copy.message_id(), "ko:filesystem:" + name);
-    EXPECT_STREQ(static_cast<std::exception const&>(copy).what(), error.what());
-    EXPECT_EQ(copy.kind(), kind);
-    EXPECT_EQ(copy.path(), path);
-    EXPECT_EQ(copy.arguments(), arguments);
-    EXPECT_EQ(copy.system_error_number(), number);
-    EXPECT_EQ(std::string(error.what()).rfind("ko:filesystem:" + name, 0), 0u);
-    EXPECT_TRUE(kind == 1 || error.what() == error.message_id());
+    EXPECT_TRUE(kind == 1 || error.what() == copy.message_id()) << name;
+    EXPECT_EQ(copy.kind(), kind) << name;
+    EXPECT_EQ(copy.path(), path) << name;
+    EXPECT_EQ(copy.arguments(), arguments) << name;
+    EXPECT_EQ(copy.system_error_number(), number) << name;
 }
 
 TEST(Exceptions, CarryWhatTheyWereMadeWith) {
@@ -55,10 +50,8 @@ TEST(Exceptions, InvalidArgumentShowsMessageAndEscapedPath) {
     } const rows[] = {
         {"", u"", ""},
         {"Empty Path not permitted", u"", ": Empty Path not permitted"},
-        {"", u"/tmp/\u00E9", ": {/tmp/\\u00E9}"},
-        {"m", u" ~\x7F", ": m: { ~\x7F}"},
-        {"m", u"\t\x1F\x80\xD83D\xDE00\uFFFF", ": m: {\\u0009\\u001F\\u0080\\uD83D\\uDE00\\uFFFF}"},
-        {"", std::u16string(u"a\0b", 3), ": {a\\u0000b}"},
+        {"m", u" /\u00E9~\x7F", ": m: { /\\u00E9~\x7F}"},
+        {"", u"\t\x1F\x80\xD83D\xDE00\uFFFF", ": {\\u0009\\u001F\\u0080\\uD83D\\uDE00\\uFFFF}"},
     };
     std::locale const before = std::locale::global(std::locale(std::locale(), new grouping));
     for (auto const& row : rows) {
@@ -69,20 +62,16 @@ TEST(Exceptions, InvalidArgumentShowsMessageAndEscapedPath) {
     std::locale::global(before);
 }
 
-// One handler per class, so that a class which derived from another would be caught too early.
 TEST(Exceptions, AreCapturedWithTheirClass) {
     boost::exception_ptr captured;
     try {
         static_cast<void>(status(u"/etc/passwd/x"));
-    } catch (PathNotFound const&) {
-        FAIL();
+    } catch (PathNotFound const&) {  // no class catches another
     } catch (FsysExceptionBase const&) {
         captured = boost::current_exception();
     }
     ASSERT_TRUE(captured);
-    auto const error = caught<NotDirectoryError>([&] { boost::rethrow_exception(captured); });
-    ASSERT_TRUE(error);
-    EXPECT_STREQ(error->what(), "ko:filesystem:NotDirectoryError");
+    EXPECT_THROW(boost::rethrow_exception(captured), NotDirectoryError);
 }
 
 }  // namespace

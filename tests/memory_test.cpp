@@ -9,14 +9,13 @@
 #include <ko/filesystem/detail/error_mapping.hpp>
 
 #include "support/allocations.hpp"
-#include "support/caught.hpp"
 #include "support/files.hpp"
+#include "support/outcome.hpp"
 
 namespace ko::filesystem {
 namespace {
 
 using namespace detail;
-using testing::caught;
 using testing::count_allocations;
 using testing::fail_each_allocation;
 
@@ -95,14 +94,13 @@ TEST(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
 }
 
 TEST(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
-    auto const error = caught<SystemError>([] {
+    auto const report = [] {
         std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
         testing::allocation_watch const first_one_fails(1);
         throw_errno_exception(EIO, path1, path2);
-    });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->path(), u"a path that needs memory \x7F\xFF80\xFFFF");
-    EXPECT_EQ(error->arguments(), std::vector<std::u16string>{u"g"});
+    };
+    EXPECT_EQ(testing::outcome("@", report),
+              "SystemError [a path that needs memory \x7F\uFF80\uFFFF] [g] EIO");
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ public:
         std::filesystem::remove_all(path_, ignored);
     }
 
+    std::string const& path8() const noexcept { return path_; }
     std::u16string operator/(std::u16string const& name) const {
         return utf16(path_) + u'/' + name;
     }
@@ -99,22 +100,6 @@ private:
     char const* name_;
     std::string old_;
     bool was_set_ = false;
-};
-
-/// Acts as a user whom the kernel refuses things, while it lives; does nothing for such a user.
-class unprivileged {
-public:
-    unprivileged() {
-        if (was_ == 0) scratch_dir::must(::seteuid(65534) == 0);
-    }
-    unprivileged(unprivileged const&) = delete;
-    unprivileged& operator=(unprivileged const&) = delete;
-    ~unprivileged() {
-        if (was_ == 0 && ::seteuid(0) != 0) std::abort();
-    }
-
-private:
-    uid_t was_ = ::geteuid();
 };
 
 /// Runs `action` in a child process that has given up its rights for good, real user id included,
