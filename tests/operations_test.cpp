@@ -78,7 +78,7 @@ private:
 };
 
 using path_types = ::testing::Types<std::u16string, upath>;
-TYPED_TEST_SUITE(Operations, path_types);
+TYPED_TEST_SUITE(Operations, path_types, );
 
 std::string type(file_status const& s) {
     if (s.type != file_status::file_not_found) {

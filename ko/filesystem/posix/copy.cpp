@@ -29,10 +29,11 @@
 
 namespace ko::filesystem {
 
+namespace detail {
+
 namespace {
 
 using boost::system::error_code;
-using detail::native_text;
 namespace boost_fs = boost::filesystem;
 
 bool has(copy_option options, copy_option any_of) noexcept {
@@ -45,11 +46,11 @@ constexpr copy_option existence_options =
 void validate(copy_option options) {
     constexpr copy_option links = copy_option::copy_symlinks | copy_option::skip_symlinks;
     if ((options & links) == links)
-        detail::throw_invalid_argument(
+        throw_invalid_argument(
             "Invalid combination selected: copy_symlinks & skip_symlinks cannot be used together");
     auto const chosen = static_cast<unsigned>(options & existence_options);
     if ((chosen & (chosen - 1)) != 0)  // more than one
-        detail::throw_invalid_argument(
+        throw_invalid_argument(
             "Invalid combination selected: overwrite_if_exists, skip_existing & update_existing "
             "cannot be used together");
 }
@@ -80,16 +81,16 @@ int refusal(std::string const& from8, std::string const& to8, bool overwrite) no
     struct stat target;
     if (!overwrite || ::stat(to8.c_str(), &target) != 0) return 0;
     if (S_ISFIFO(target.st_mode)) return ENOSYS;
-    bool const onto_itself = detail::file_identity(source) == detail::file_identity(target);
+    bool const onto_itself = file_identity(source) == file_identity(target);
     return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
 }
 
 void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite) {
-    std::string const from8 = detail::system_path(from);
-    std::string const to8 = detail::system_path(to);
+    std::string const from8 = system_path(from);
+    std::string const to8 = system_path(to);
     error_code ec(refusal(from8, to8, overwrite), boost::system::system_category());
     if (!ec.failed()) boost_fs::copy_file(from8, to8, file_copy_options(overwrite), ec);
-    if (ec.failed()) detail::throw_copy_error_code_exception(ec, from, to);
+    if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
 bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
@@ -102,8 +103,8 @@ bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
 }
 
 void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options) {
-    detail::reject_empty_path(from);
-    detail::reject_empty_path(to);
+    reject_empty_path(from);
+    reject_empty_path(to);
     if (has(options, copy_option::skip_existing)) {
         // All other options are dropped, create_symlinks included.
         if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false);
@@ -120,22 +121,21 @@ void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_o
 
 /// The text of the link at `path8`.
 std::u16string link_target(std::string const& path8) {
-    std::u16string target = detail::read_link_target(path8);
-    if (target.empty())
-        detail::throw_invalid_argument("Target of the symbolic link does not exist");
+    std::u16string target = read_link_target(path8);
+    if (target.empty()) throw_invalid_argument("Target of the symbolic link does not exist");
     return target;
 }
 
 void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
-    detail::reject_empty_path(from);
-    detail::reject_empty_path(to);
-    std::string const from8 = detail::system_path(from);
-    file_status const source = detail::read_status(&::lstat, from8);
+    reject_empty_path(from);
+    reject_empty_path(to);
+    std::string const from8 = system_path(from);
+    file_status const source = read_status(&::lstat, from8);
     // Deliberately without the path, as in `copy`.
-    if (source.type == file_status::file_not_found) detail::throw_cloneable(PathNotFound({}));
+    if (source.type == file_status::file_not_found) throw_cloneable(PathNotFound({}));
     if (source.type != file_status::symlink_file)
-        detail::throw_invalid_argument("Non-symbolic link file is not permitted");
-    detail::make_link(link_target(from8), to, file_status::file_type_auto);
+        throw_invalid_argument("Non-symbolic link file is not permitted");
+    make_link(link_target(from8), to, file_status::file_type_auto);
 }
 
 // Directories
@@ -144,29 +144,29 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
               copied_directory const* outer);
 
 void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
-    detail::reject_empty_path(from);
-    detail::reject_empty_path(to);
-    std::string const from8 = detail::system_path(from);
-    std::string const to8 = detail::system_path(to);
+    reject_empty_path(from);
+    reject_empty_path(to);
+    std::string const from8 = system_path(from);
+    std::string const to8 = system_path(to);
     error_code ec;
     boost_fs::create_directory(to8, from8, ec);
-    if (ec.failed()) detail::throw_copy_error_code_exception(ec, from, to);
+    if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
 /// Copies everything in the directory `from` into the existing directory `to`.
 void copy_entries(std::u16string const& from, std::u16string const& to, copy_option options,
                   copied_directory const* outer) {
-    copied_directory const listed{detail::system_path(native_text(from)), outer};
-    std::u16string const destination = detail::make_native_form(to, /*expand_tilde=*/true);
+    copied_directory const listed{system_path(native_text(from)), outer};
+    std::u16string const destination = make_native_form(to, /*expand_tilde=*/true);
     // Without an error code: what goes wrong in the listing leaves as Boost reports it.
-    for (boost_fs::directory_iterator entry(detail::make_access_form(listed.path8)), end;
-         entry != end; ++entry) {
+    for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
+         ++entry) {
         boost_fs::path const& path8 = entry->path();
-        std::u16string const name = detail::from_filesystem_strict(path8.filename().native());
+        std::u16string const name = from_filesystem_strict(path8.filename().native());
         std::u16string target = destination;
         // The tilde of a name like "~x" is expanded here; that is meant.
-        if (!name.empty()) detail::concatenate_pathname(target, name, /*expand_tilde=*/true);
-        copy_any(detail::from_filesystem_strict(path8.native()), target, options, &listed);
+        if (!name.empty()) concatenate_pathname(target, name, /*expand_tilde=*/true);
+        copy_any(from_filesystem_strict(path8.native()), target, options, &listed);
     }
 }
 
@@ -179,13 +179,13 @@ void copy_directory_contents(std::u16string const& from, std::u16string const& t
     if (!has(options, copy_option::recursive)) return copy_directory(from, to);
 
     bool const to_exists = exists(to);
-    if (to_exists && !has(options, existence_options)) detail::throw_cloneable(FileExistsError(to));
+    if (to_exists && !has(options, existence_options)) throw_cloneable(FileExistsError(to));
     // A directory that is met on the way down and gets a new one beside the others has been looked
     // at with those above it.
     if (outer == nullptr || follows_link || to_exists) {
-        std::string const from8 = detail::system_path(native_text(from));
-        std::string const to8 = detail::system_path(native_text(to));
-        if (detail::lies_within(to8, from8)) detail::throw_errno_exception(EINVAL, from8, to8);
+        std::string const from8 = system_path(native_text(from));
+        std::string const to8 = system_path(native_text(to));
+        if (lies_within(to8, from8)) throw_errno_exception(EINVAL, from8, to8);
     }
     if (!to_exists) create_directories(to);
     copy_entries(from, to, options, outer);
@@ -199,25 +199,24 @@ void copy_followed(std::u16string const& from, std::string const& from8, std::u1
     std::u16string const target = link_target(from8);
     // Deliberately looked up as it stands: a relative target counts from the working directory, and
     // of a link to a link nothing is copied.
-    std::string const target8 = detail::system_path(target);
-    file_status const found = detail::read_status(&::lstat, target8);
-    if (found.type == file_status::file_not_found) detail::throw_cloneable(PathNotFound(from));
+    std::string const target8 = system_path(target);
+    file_status const found = read_status(&::lstat, target8);
+    if (found.type == file_status::file_not_found) throw_cloneable(PathNotFound(from));
     if (found.type == file_status::regular_file) return copy_file_impl(target, to, options);
     if (found.type != file_status::directory_file) return;
     for (copied_directory const* above = outer; above != nullptr; above = above->outer)
-        if (detail::is_same_file(above->path8, target8))
-            detail::throw_errno_exception(ELOOP, from8, {});
+        if (is_same_file(above->path8, target8)) throw_errno_exception(ELOOP, from8, {});
     copy_directory_contents(target, to, options, outer, /*follows_link=*/true);
 }
 
 void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
               copied_directory const* outer) {
-    detail::reject_empty_path(from);
-    detail::reject_empty_path(to);
-    std::string const from8 = detail::system_path(from);
-    switch (detail::read_status(&::lstat, from8).type) {
+    reject_empty_path(from);
+    reject_empty_path(to);
+    std::string const from8 = system_path(from);
+    switch (read_status(&::lstat, from8).type) {
         case file_status::file_not_found:
-            detail::throw_cloneable(PathNotFound({}));  // deliberately without the path
+            throw_cloneable(PathNotFound({}));  // deliberately without the path
         case file_status::symlink_file:
             if (has(options, copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
             if (has(options, copy_option::skip_symlinks)) return;
@@ -225,42 +224,46 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
         case file_status::regular_file: return copy_file_impl(from, to, options);
         case file_status::directory_file:
             return copy_directory_contents(from, to, options, outer, /*follows_link=*/false);
-        default: detail::throw_invalid_argument("Unsupported file type");
+        default: throw_invalid_argument("Unsupported file type");
     }
 }
 
 }  // namespace
 
+}  // namespace detail
+
+using detail::native_text;
+
 void copy(upath const& from, upath const& to, copy_option options) {
-    validate(options);
-    copy_any(native_text(from), native_text(to), options, nullptr);
+    detail::validate(options);
+    detail::copy_any(native_text(from), native_text(to), options, nullptr);
 }
 void copy(std::u16string const& from, std::u16string const& to, copy_option options) {
-    validate(options);
-    copy_any(native_text(from), native_text(to), options, nullptr);
+    detail::validate(options);
+    detail::copy_any(native_text(from), native_text(to), options, nullptr);
 }
 
 void copy_file(upath const& from, upath const& to, copy_option options) {
-    validate(options);
-    copy_file_impl(native_text(from), native_text(to), options);
+    detail::validate(options);
+    detail::copy_file_impl(native_text(from), native_text(to), options);
 }
 void copy_file(std::u16string const& from, std::u16string const& to, copy_option options) {
-    validate(options);
-    copy_file_impl(native_text(from), native_text(to), options);
+    detail::validate(options);
+    detail::copy_file_impl(native_text(from), native_text(to), options);
 }
 
 void copy_directory(upath const& from, upath const& to) {
-    copy_directory_impl(native_text(from), native_text(to));
+    detail::copy_directory_impl(native_text(from), native_text(to));
 }
 void copy_directory(std::u16string const& from, std::u16string const& to) {
-    copy_directory_impl(native_text(from), native_text(to));
+    detail::copy_directory_impl(native_text(from), native_text(to));
 }
 
 void copy_symlink(upath const& from, upath const& to) {
-    copy_symlink_impl(from.native(), to.native());
+    detail::copy_symlink_impl(from.native(), to.native());
 }
 void copy_symlink(std::u16string const& from, std::u16string const& to) {
-    copy_symlink_impl(from, to);  // as given: no native form
+    detail::copy_symlink_impl(from, to);  // as given: no native form
 }
 
 }  // namespace ko::filesystem
