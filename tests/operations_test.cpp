@@ -78,7 +78,13 @@ private:
 };
 
 using path_types = ::testing::Types<std::u16string, upath>;
-TYPED_TEST_SUITE(Operations, path_types, );
+struct path_names {
+    template <class Path>
+    static std::string GetName(int) {
+        return std::is_same_v<Path, upath> ? "path" : "text";
+    }
+};
+TYPED_TEST_SUITE(Operations, path_types, path_names);
 
 std::string type(file_status const& s) {
     if (s.type != file_status::file_not_found) {
