@@ -3,14 +3,14 @@
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Debian's name of a Boost library's development package: what is installed, else what is tested
-# with, else what the system has.
-boost_package() {
-    local name
-    name=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' "libboost-$1[0-9]*-dev" "libboost-$1-dev" 2>/dev/null |
-        sed -n 's/^ii *//p' | head -n 1) || true
-    [ -z "$name" ] || { echo "$name"; return; }
-    if apt-cache show "libboost-${1}1.81-dev" >/dev/null 2>&1; then echo "libboost-${1}1.81-dev"; else echo "libboost-$1-dev"; fi
+# The Boost packages, all of one version: the one of which headers are installed, since the versions
+# exclude each other; else the one that is tested with; else the system's own.
+boost_packages() {
+    local version
+    version=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' 'libboost[0-9]*-dev' 2>/dev/null |
+        sed -n 's/^ii *libboost\([0-9.]*\)-dev$/\1/p' | sort -V | tail -n 1) || true
+    if [ -z "$version" ] && apt-cache show libboost-filesystem1.81-dev >/dev/null 2>&1; then version=1.81; fi
+    echo "libboost-filesystem$version-dev" "libboost-thread$version-dev"
 }
 
 is_installed() { [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]; }
@@ -21,32 +21,29 @@ need() {
     Darwin) need_on_macos; return ;;
     esac
     command -v dpkg-query >/dev/null || { need_by_hand; return; }
-    local package missing=() become=()
-    for package in cmake ninja-build g++ libgtest-dev "$@"; do
-        is_installed "$package" || missing+=("$package")
-    done
-    for package in filesystem thread; do
-        is_installed "$(boost_package $package)" || missing+=("boost:$package")
-    done
-    [ ${#missing[@]} -gt 0 ] || return 0
+    local become=() wanted=(cmake ninja-build g++ libgtest-dev "$@")
+    local missing
+    missing=$(missing_of "${wanted[@]}" $(boost_packages))
+    [ -n "$missing" ] || return 0
     if [ "$(id -u)" != 0 ]; then
-        if sudo -n true 2>/dev/null; then
-            become=(sudo)
-        else
-            for package in "${!missing[@]}"; do
-                case ${missing[package]} in boost:*) missing[package]=$(boost_package "${missing[package]#boost:}") ;; esac
-            done
+        if ! sudo -n true 2>/dev/null; then
             echo "$0: these packages are missing, and this user may not install them:" >&2
-            echo "    apt-get install --no-install-recommends ${missing[*]}" >&2
+            echo "    apt-get install --no-install-recommends $missing" >&2
             exit 1
         fi
+        become=(sudo)
     fi
     export DEBIAN_FRONTEND=noninteractive
     "${become[@]}" apt-get -q update >&2
-    for package in "${!missing[@]}"; do # only now apt knows which Boost there is
-        case ${missing[package]} in boost:*) missing[package]=$(boost_package "${missing[package]#boost:}") ;; esac
-    done
-    "${become[@]}" apt-get -q install -y --no-install-recommends "${missing[@]}" >&2
+    missing=$(missing_of "${wanted[@]}" $(boost_packages)) # only now apt knows which Boost there is
+    # Nothing that is installed is given up for it.
+    "${become[@]}" apt-get -q install -y --no-remove --no-install-recommends $missing >&2
+}
+
+missing_of() {
+    local package missing=()
+    for package; do is_installed "$package" || missing+=("$package"); done
+    echo "${missing[*]}"
 }
 
 need_on_macos() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <string_view>
@@ -16,18 +17,26 @@ namespace {
 
 constexpr int wrong_usage = 2;
 
-void print_row(std::string const& left, char const* right) {
-    std::cout << "  " << std::left << std::setw(30) << left << right << '\n';
+/// `status`, or a failure when the output could not be written.
+int finished(int status) {
+    if (std::cout.flush()) return status;
+    std::cerr << "kofs: the output could not be written\n";
+    return status == EXIT_SUCCESS ? EXIT_FAILURE : status;
 }
 
-void print_help(std::vector<command> const& commands) {
-    std::cout << "Usage: kofs COMMAND [OPTION...] [PATH...]\n"
-                 "Asks about files, and makes, moves, copies and removes them, through "
-                 "ko::filesystem.\n\nCommands:\n";
+void print_row(std::ostream& out, std::string const& left, char const* right) {
+    out << "  " << std::left << std::setw(30) << left << right << '\n';
+}
+
+void print_help(std::vector<command> const& commands, std::ostream& out) {
+    out << "Usage: kofs COMMAND [OPTION...] [PATH...]\n"
+           "Asks about files, and makes, moves, copies and removes them, through "
+           "ko::filesystem.\n\nCommands:\n";
     for (command const& each : commands)
-        print_row(std::string(each.name) + ' ' + each.operands, each.help);
-    std::cout << "\n'kofs COMMAND --help' tells more. A path may begin with ~ or ~name.\n"
-                 "Exit status: 0 success, 1 failure, 2 wrong usage.\n";
+        print_row(out, std::string(each.name) + ' ' + each.operands, each.help);
+    out << "\n'kofs COMMAND --help' tells more. A path may begin with ~ or ~name.\n"
+           "Exit status: 0 success, 1 failure, 2 wrong usage; 128 and the signal's number when a\n"
+           "signal has ended the tour.\n";
 }
 
 void print_help(command const& of) {
@@ -37,7 +46,7 @@ void print_help(command const& of) {
     if (!of.options.empty()) std::cout << "\nOptions:\n";
     for (option_description const& each : of.options) {
         std::string const value = each.value == nullptr ? "" : std::string("=") + each.value;
-        print_row("--" + (each.name + value), each.help);
+        print_row(std::cout, "--" + (each.name + value), each.help);
     }
 }
 
@@ -71,32 +80,33 @@ arguments parse(command const& of, int argc, char** argv, bool& help) {
 }  // namespace
 
 int run_command_line(int argc, char** argv, std::vector<command> const& commands) {
-    std::string name = argc < 2 ? "--help" : argv[1];
-    std::replace(name.begin(), name.end(), '_', '-');
-    if (name == "--help" || name == "-h") {
-        print_help(commands);
-        return argc < 2 ? wrong_usage : 0;
+    std::string name = argc < 2 ? "" : argv[1];
+    if (name.empty()) {
+        print_help(commands, std::cerr);
+        return wrong_usage;
     }
+    if (name == "--help" || name == "-h") {
+        print_help(commands, std::cout);
+        return finished(EXIT_SUCCESS);
+    }
+    std::replace(name.begin(), name.end(), '_', '-');
     auto const chosen = std::find_if(commands.begin(), commands.end(),
                                      [&](command const& each) { return each.name == name; });
     if (chosen == commands.end()) {
-        std::cerr << "kofs: no such command: " << name << "; see kofs --help\n";
+        std::cerr << "kofs: no such command: " << argv[1] << "; see kofs --help\n";
         return wrong_usage;
     }
     try {
         bool help = false;
         arguments const given = parse(*chosen, argc - 1, argv + 1, help);
-        if (help) {
-            print_help(*chosen);
-            return 0;
-        }
-        int const result = chosen->run(given);
-        return std::cout.flush() ? result : 1;
+        if (!help) return finished(chosen->run(given));
+        print_help(*chosen);
+        return finished(EXIT_SUCCESS);
     } catch (ko::filesystem::FsysExceptionBase const& error) {
         std::cout.flush();
         std::cerr << "kofs " << name << ":\n";
         print_error(std::cerr, error);
-        return 1;
+        return EXIT_FAILURE;
     } catch (usage_error const& error) {
         std::cerr << "kofs " << name << ": " << error.what() << "; see kofs " << name
                   << " --help\n";

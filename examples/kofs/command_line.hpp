@@ -1,7 +1,9 @@
 #pragma once
 
+#include <exception>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kofs {

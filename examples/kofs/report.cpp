@@ -1,10 +1,14 @@
 #include "report.hpp"
 
+#include <cstdio>
 #include <cstring>
 #include <iomanip>
 #include <ostream>
+#include <stdexcept>
+#include <string>
 
-#include <boost/date_time/posix_time/posix_time_io.hpp>
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+#include <boost/date_time/posix_time/posix_time.hpp>
 
 namespace kofs {
 
@@ -43,22 +47,40 @@ void print_text(fs::upath const& path, std::ostream& out) {
         << quoted(parts.stem) << ", extension " << quoted(parts.extension) << '\n';
 }
 
+/// A time as text; Date_Time can only write the years 1400 to 9999.
+std::string shown(boost::posix_time::ptime const& time) {
+    try {
+        return boost::posix_time::to_simple_string(time) + " UTC";
+    } catch (std::out_of_range const&) {
+        boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
+        return std::to_string((time - epoch).ticks()) + " microseconds from 1970";
+    }
+}
+
 void print_details(fs::file_status const& s, std::ostream& out) {
     out << row{"permissions"} << rwx(s.permissions) << " (" << std::oct << s.permissions << std::dec
         << ")\n"
         << row{"size"} << s.size << " bytes\n"
-        << row{"written"} << s.last_write_time << " UTC\n"
-        << row{"accessed"} << s.last_access_time << " UTC\n"
-        << row{"changed"} << s.last_status_change_time << " UTC\n";
+        << row{"written"} << shown(s.last_write_time) << '\n'
+        << row{"accessed"} << shown(s.last_access_time) << '\n'
+        << row{"changed"} << shown(s.last_status_change_time) << '\n';
 }
 
 }  // namespace
 
 std::string shown(std::u16string const& text) {
-    bool printable = !fs::detail::to_filesystem(text).empty();
-    for (char16_t const unit : text) printable = printable && unit >= 0x20 && unit != 0x7F;
-    if (text.empty() || printable) return fs::detail::to_filesystem(text);
-    return fs::InvalidArgument("", {}, {}).printHelper(text);
+    std::u16string printable;
+    for (char16_t const unit : text) {
+        if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F)) {
+            printable += unit;
+            continue;
+        }
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(unit));
+        printable.append(escape, escape + 6);
+    }
+    std::string const text8 = fs::detail::to_filesystem(printable);
+    return text8.empty() ? fs::InvalidArgument("", {}, {}).printHelper(text) : text8;
 }
 
 void print_status(fs::file_status const& found, std::ostream& out) {
@@ -94,16 +116,17 @@ void print_error(std::ostream& out, fs::FsysExceptionBase const& error) {
 }
 
 bool describe(std::string const& text, std::ostream& out, std::ostream& errors) {
-    out << text << '\n';
+    out << shown(fs::detail::from_filesystem(text)) << '\n';
     try {
         auto const path = fs::upath::from_utf8(text);
         print_text(path, out);
-        out << row{"exists"} << std::flush << (fs::exists(path) ? "yes" : "no") << '\n';
+        bool const exists = fs::exists(path);
+        out << row{"exists"} << (exists ? "yes" : "no") << '\n';
         auto const there = fs::symlink_status(path);
         auto const reached = fs::status(path);
         out << row{"type"} << type_name(there.type);
         if (there.type == fs::file_status::symlink_file)
-            out << " to " << type_name(reached.type) << (fs::exists(path) ? "" : " (dangling)");
+            out << " to " << type_name(reached.type) << (exists ? "" : " (dangling)");
         out << '\n';
         if (there.type == fs::file_status::file_not_found) return false;
         print_details(reached.type == fs::file_status::file_not_found ? there : reached, out);

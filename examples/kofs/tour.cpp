@@ -27,8 +27,9 @@ volatile std::sig_atomic_t caught_signal = 0;
 
 /// Makes signals that would end the process end the tour instead, at its next step.
 void catch_signals() {
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, [](int number) { caught_signal = number; });
+    struct sigaction action {};
+    action.sa_handler = [](int number) { caught_signal = number; };  // and no SA_RESTART
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);  // the output says so instead
 }
 
@@ -37,24 +38,28 @@ struct interrupted : std::exception {};
 /// A directory in `parent` that is gone with everything in it afterwards.
 class scratch_directory {
 public:
-    explicit scratch_directory(std::string const& parent) : path8_(parent + "/kofs-XXXXXX") {
-        if (::mkdtemp(path8_.data()) == nullptr)
+    explicit scratch_directory(std::string const& parent) {
+        // Absolute, since the tour changes the working directory, and sure to have a UTF-16 form.
+        auto const place = fs::canonical(fs::upath::from_utf8(parent, /*expand_tilde=*/false));
+        std::string path8 = (place / u"kofs-XXXXXX").string();
+        if (place.empty() || ::mkdtemp(path8.data()) == nullptr)
             throw std::runtime_error("can't make a directory in " + parent);
+        path_ = fs::upath::from_utf8(path8, /*expand_tilde=*/false);
     }
     scratch_directory(scratch_directory const&) = delete;
     scratch_directory& operator=(scratch_directory const&) = delete;
     ~scratch_directory() {
         try {
-            fs::remove_all(fs::upath::from_utf8(path8_));
+            fs::remove_all(path_);
         } catch (std::exception const& error) {
-            std::cerr << "kofs: " << path8_ << " is left behind: " << error.what() << '\n';
+            std::cerr << "kofs: " << path_ << " is left behind: " << error.what() << '\n';
         }
     }
 
-    std::string const& path8() const noexcept { return path8_; }
+    fs::upath const& path() const noexcept { return path_; }
 
 private:
-    std::string path8_;
+    fs::upath path_;
 };
 
 /// A directory on another file system than `path8`, where this machine has one that may be written.
@@ -201,7 +206,7 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
     g.show("rename", [&] { fs::rename(copy, scratch / u"moved"); });
     if (auto const elsewhere = other_file_system(scratch.string())) {
         scratch_directory const other(*elsewhere);
-        auto const there = fs::upath::from_utf8(other.path8()) / u"moved";
+        auto const there = other.path() / u"moved";
         fs::rename_options options;
         options.preserve_last_write_time = 1;
         auto const written = fs::status(scratch / u"moved/f.txt").last_write_time;
@@ -218,6 +223,8 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
     g.show("remove_symlink", [&] { fs::remove_symlink(moved / u"d"); });
     g.show("remove_directory", [&] { fs::remove_directory(moved / u"leer too"); });
     g.show("remove", [&] { fs::remove(moved / u"leer"); });
+    g.show("remove, as a file",
+           [&] { fs::remove(moved / u"dangling", fs::file_status::symlink_file); });
     g.show("remove_all", [&] { fs::remove_all(moved); });
 }
 
@@ -246,9 +253,10 @@ std::string temporary_directory() {
 
 int tour(arguments const&) try {
     catch_signals();
+    ::umask(022);  // whatever the user's is, what is made here must be removable
     guide g;
     scratch_directory const scratch(temporary_directory());
-    auto const root = fs::upath::from_utf8(scratch.path8());
+    fs::upath const& root = scratch.path();
     auto const tree = root / u"Baum";
     show_this_machine();
     show_tree(g, tree);

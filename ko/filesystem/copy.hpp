@@ -11,8 +11,10 @@
 /// beyond ASCII do not survive into it. Its path() is
 /// - `from` when that is missing (ENOENT), for EISDIR, and when it has more than 1023 units,
 /// - else `to` for ENOENT, EEXIST and ENAMETOOLONG,
-/// - for EACCES `to` when `from` is readable, else `from`; asking may throw what `access` throws,
+/// - for EACCES `to` when `from` is readable, else `from`,
 /// - for all others `from`, with `to` as the argument.
+/// Finding that out asks for `from`; what `exists` throws then, and for EACCES `access`, is thrown
+/// instead, with the whole path.
 namespace ko::filesystem {
 
 /// Copies what is at `from` to `to`, by its type: a file as `copy_file`; a directory as
@@ -30,18 +32,17 @@ namespace ko::filesystem {
 /// - A name that is not UTF-8 ends the copy with InvalidArgument "Empty Path not permitted".
 ///
 /// Throws
-///   InvalidArgument   options that exclude each other ("Invalid combination selected: ..."),
-///   before
-///                     anything else; an empty path ("Empty Path not permitted"); a device, pipe or
-///                     socket ("Unsupported file type"); a link without a text in UTF-8 ("Target of
-///                     the symbolic link does not exist"); path(): empty
+///   InvalidArgument, path() empty:
+///       options that exclude each other ("Invalid combination selected: ..."), before all else
+///       an empty path ("Empty Path not permitted")
+///       a device, pipe or socket ("Unsupported file type")
+///       a link without a text in UTF-8 ("Target of the symbolic link does not exist")
 ///   InvalidArgument   `to` is `from` or lies below it, in a recursive copy (EINVAL), whatever the
 ///                     paths look like; nothing was made; path(): `from`, arguments(): `to`
 ///   PathNotFound      `from` is missing; path(): empty
 ///   PathNotFound      what a followed link points to is missing; path(): the link
 ///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
-///   files;
-///                     path(): `to`
+///                     files; path(): `to`
 ///   SystemError       a followed link leads back into a directory that is being copied (ELOOP);
 ///                     path(): the link
 ///   boost::filesystem::filesystem_error   a directory can't be listed
@@ -57,19 +58,19 @@ KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to
 
 /// Copies the content and the permissions of the file `from`, links followed, to `to`.
 ///
-/// Of the options, `skip_existing`, `update_existing` and `create_symlinks` count in this order.
-/// With the first, a missing `to` is made by a plain copy, whatever else is asked for. With the
-/// second, a `to` that is no regular file is overwritten as if it were older. From Boost 1.85 on,
-/// attributes that can't be given to the copy are no error; before, they are.
+/// Of the options, `skip_existing`, `update_existing` and `create_symlinks` count in this order. With
+/// the first, a missing `to` is made by a plain copy, whatever else is asked for. With the second, a
+/// `to` that is no regular file is overwritten as if it were older. From Boost 1.85 on, attributes
+/// that can't be given to the copy are no error; before, they are.
 ///
 /// Throws
-///   InvalidArgument   options that exclude each other ("Invalid combination selected: ..."),
-///   before
+///   InvalidArgument   options that exclude each other ("Invalid combination selected: ..."), before
 ///                     anything else; an empty path ("Empty Path not permitted"); path(): empty
 ///   FileExistsError   `to` exists and no option allows for it, or is `from` itself, under whatever
 ///                     name, which keeps its content; path(): `to`
-///   SystemError       `from` is no regular file, or `to` is none and to be overwritten (ENOSYS);
-///                     path(): `from`, arguments(): `to`
+///   SystemError       `from` is a directory, a device or a pipe, or `to` is a device or a pipe and
+///                     to be overwritten (ENOSYS); path(): `from`, arguments(): `to`
+///   FileIsDirectory   `to` is a directory and to be overwritten; path(): `from`
 ///   the class of the error number for every other failure; path(): as said above
 KO_FILESYSTEM_API void copy_file(upath const& from, upath const& to,
                                  copy_option options = copy_option::none);

@@ -8,8 +8,8 @@ namespace ko::filesystem {
 
 /// What `status` and `symlink_status` say of a file. A new one says that nothing was found.
 ///
-/// Times are in UTC with microseconds, rounded towards zero from the system's nanoseconds; a time
-/// that 64 bits of microseconds do not hold is one of Date_Time's infinities.
+/// Times are in UTC with microseconds, rounded down from the system's nanoseconds; a time that 64
+/// bits of microseconds do not hold is one of Date_Time's infinities.
 struct file_status {
     // Types. `file_not_found` is no type of the system's; `file_type_auto` is an argument only.
     static constexpr std::uint32_t file_not_found = 0xFFFF0000;

@@ -13,21 +13,25 @@ namespace ko::filesystem {
 ///
 /// To another file system the tree is copied, links as links, and the source removed then. Mind:
 /// - That is not atomic: a failure leaves the copy, or a part of it, beside what is left of `from`.
-/// - An existing file at `to` is an error, but an existing directory is merged with `from`, up to
-///   the first file that both hold.
+/// - An existing file at `to` is an error, but an existing directory is not: a directory is merged
+///   with it, up to the first file that both hold, and a file is put inside it, without its time.
+/// - A place below `from` on another file system is not refused; the copy then nests until names
+///   get too long, and `from` stays.
 /// - Times are those of the copying unless `options` preserve the last-write times of regular
 ///   files. A link to a regular file counts as one: the time is set at the place that the link's
 ///   target has relative to `from`, which may lie outside of `to`, or not exist.
 ///
 /// Throws
 ///   InvalidArgument   `from` or `to` is empty ("Empty Path not permitted"); path(): empty
-///   the class of the error number; path(): `from` for a missing source; `to` for ENOENT otherwise,
-///   EEXIST, ENOTDIR, EISDIR, ENAMETOOLONG and ENOTEMPTY; for EACCES `to` when the directory of
-///   `from` is writable, else `from`; for all others `from`, with `to` as the argument. `from`
-///   alone when that has 1024 units or more. whatever asking for the source, or for EACCES its
-///   directory, throws: PathNotFound when that directory does not exist, InvalidArgument when
-///   `from` names none std::filesystem::filesystem_error when times can't be preserved; the copy
-///   stays, and so does `from`
+///   the class of the error number; path():
+///       `from` for a missing source, and when it has 1024 units or more
+///       `to` for ENOENT otherwise, EEXIST, ENOTDIR, EISDIR, ENAMETOOLONG and ENOTEMPTY
+///       `to` for EACCES when the directory of `from` is writable, else `from`
+///       `from`, with `to` as the argument, for all others
+///   what asking for the source throws (`exists`), and for EACCES what asking for its directory does
+///   (`access`): PathNotFound when that is missing, InvalidArgument when `from` names none
+///   std::filesystem::filesystem_error when times can't be preserved, or a directory can't be listed
+///   on the way; the copy stays, and so does `from`
 KO_FILESYSTEM_API void rename(upath const& from, upath const& to,
                               rename_options const& options = {});
 /// The same for texts, each brought into native form first: leading ~ expanded, // collapsed.

@@ -9,7 +9,8 @@
 namespace ko::filesystem {
 
 /// Whether something exists at `p`, links followed (stat). False for an empty path, for a dangling
-/// link, below a regular file, and for a path with U+0000 in it, which names nothing.
+/// link, below a regular file, where the system says EINVAL, and for a path with U+0000 in it,
+/// which names nothing.
 ///
 /// Throws the class of the error number for every other failure, AccessDenied for EACCES and
 /// SystemError for ELOOP among them; path(): `p`
@@ -17,8 +18,8 @@ KO_FILESYSTEM_API bool exists(upath const& p);
 /// The same for text, brought into native form first: leading ~ expanded, // collapsed.
 KO_FILESYSTEM_API bool exists(std::u16string const& p);
 
-/// What is at `p`, links followed (stat). Says `file_not_found` where nothing is, for an empty path
-/// and for one with U+0000 in it.
+/// What is at `p`, links followed (stat). Says `file_not_found` where nothing is, for an empty
+/// path, where the system says EINVAL, and for a path with U+0000 in it.
 ///
 /// Throws, unlike `exists`, NotDirectoryError below a regular file; path(): empty
 /// and the class of the error number for every other failure; path(): empty
@@ -34,8 +35,8 @@ KO_FILESYSTEM_API file_status symlink_status(upath const& p);
 KO_FILESYSTEM_API file_status symlink_status(std::u16string const& p);
 
 /// Type, time of the last write and size of what is at `p`, links followed (stat). The text is used
-/// exactly as given: no native form is made, and a tilde is a name. Says `file_not_found` where
-/// nothing is, for an empty path and for one with U+0000 in it.
+/// exactly as given: no native form is made, and a tilde is a name. Says `file_not_found` as
+/// `status` does.
 ///
 /// Throws NotDirectoryError below a regular file; path(): `p`
 /// and the class of the error number for every other failure; path(): `p`

@@ -57,7 +57,8 @@ std::string pathname_traits<char>::replace_tilde_with_home_dir(std::string const
     }
     std::string home = home_of(p.substr(1, name_end - 1));
     if (home.empty()) return p;
-    return home.append(p, name_end, p.npos);
+    home.append(p, name_end, p.npos);
+    return home;
 }
 
 std::u16string pathname_traits<char16_t>::replace_tilde_with_home_dir(std::u16string const& p) {

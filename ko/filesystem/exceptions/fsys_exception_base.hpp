@@ -32,8 +32,8 @@ public:
     /// The path that the failure concerns; may be empty.
     std::u16string const& path() const noexcept { return path_; }
 
-    /// Further texts. A failed system call on two paths leaves the second one here, in
-    /// InvalidArgument and SystemError; empty in the other classes.
+    /// Further texts. An InvalidArgument or SystemError for a failed system call holds one: the
+    /// second path of a call on two paths, else an empty text. There are none in the other classes.
     std::vector<std::u16string> const& arguments() const noexcept { return arguments_; }
 
     /// The errno value of a SystemError; 0 in every other class.

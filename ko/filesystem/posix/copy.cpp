@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/operations.hpp>
@@ -58,6 +60,9 @@ void validate(copy_option options) {
 /// A directory whose content is being copied, and those that contain it.
 struct copied_directory {
     std::string path8;
+    std::optional<file_identity> identity;
+    /// The target's and all above it, none of which may be met on the way down.
+    std::vector<file_identity> const* above_target;
     copied_directory const* outer;
 };
 
@@ -153,10 +158,8 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
-/// Copies everything in the directory `from` into the existing directory `to`.
-void copy_entries(std::u16string const& from, std::u16string const& to, copy_option options,
-                  copied_directory const* outer) {
-    copied_directory const listed{system_path(native_text(from)), outer};
+/// Copies everything in the directory `listed` into the existing directory `to`.
+void copy_entries(copied_directory const& listed, std::u16string const& to, copy_option options) {
     std::u16string const destination = make_native_form(to, /*expand_tilde=*/true);
     // Without an error code: what goes wrong in the listing leaves as Boost reports it.
     for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
@@ -170,25 +173,29 @@ void copy_entries(std::u16string const& from, std::u16string const& to, copy_opt
     }
 }
 
-/// `follows_link`: `from` is the target of a link that is being followed.
 void copy_directory_contents(std::u16string const& from, std::u16string const& to,
-                             copy_option options, copied_directory const* outer,
-                             bool follows_link) {
+                             copy_option options, copied_directory const* outer) {
     if (has(options, copy_option::create_symlinks))
         return create_symlink(from, to, file_status::file_type_auto);
     if (!has(options, copy_option::recursive)) return copy_directory(from, to);
 
     bool const to_exists = exists(to);
     if (to_exists && !has(options, existence_options)) throw_cloneable(FileExistsError(to));
-    // A directory that is met on the way down and gets a new one beside the others has been looked
-    // at with those above it.
-    if (outer == nullptr || follows_link || to_exists) {
-        std::string const from8 = system_path(native_text(from));
-        std::string const to8 = system_path(native_text(to));
-        if (lies_within(to8, from8)) throw_errno_exception(EINVAL, from8, to8);
-    }
+
+    std::string const to8 = system_path(native_text(to));
+    std::vector<file_identity> above_to;
+    copied_directory listed{system_path(native_text(from)), {}, &above_to, outer};
+    listed.identity = identify(listed.path8);
+    // A directory that is made beside others lies where its parent does.
+    if (outer == nullptr || to_exists)
+        above_to = directories_above(to8);
+    else
+        listed.above_target = outer->above_target;
+    for (file_identity const& above : *listed.above_target)
+        if (listed.identity == above) throw_errno_exception(EINVAL, listed.path8, to8);
+
     if (!to_exists) create_directories(to);
-    copy_entries(from, to, options, outer);
+    copy_entries(listed, to, options);
 }
 
 // Anything
@@ -204,9 +211,10 @@ void copy_followed(std::u16string const& from, std::string const& from8, std::u1
     if (found.type == file_status::file_not_found) throw_cloneable(PathNotFound(from));
     if (found.type == file_status::regular_file) return copy_file_impl(target, to, options);
     if (found.type != file_status::directory_file) return;
+    auto const identity = identify(system_path(native_text(target)));
     for (copied_directory const* above = outer; above != nullptr; above = above->outer)
-        if (is_same_file(above->path8, target8)) throw_errno_exception(ELOOP, from8, {});
-    copy_directory_contents(target, to, options, outer, /*follows_link=*/true);
+        if (identity == above->identity) throw_errno_exception(ELOOP, from8, {});
+    copy_directory_contents(target, to, options, outer);
 }
 
 void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
@@ -222,8 +230,7 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
             if (has(options, copy_option::skip_symlinks)) return;
             return copy_followed(from, from8, to, options, outer);
         case file_status::regular_file: return copy_file_impl(from, to, options);
-        case file_status::directory_file:
-            return copy_directory_contents(from, to, options, outer, /*follows_link=*/false);
+        case file_status::directory_file: return copy_directory_contents(from, to, options, outer);
         default: throw_invalid_argument("Unsupported file type");
     }
 }

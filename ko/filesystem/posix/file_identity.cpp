@@ -1,12 +1,22 @@
 #include <ko/filesystem/posix/file_identity.hpp>
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <string_view>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
 
 namespace ko::filesystem::detail {
 
 namespace {
+
+bool is_directory(std::string const& path8) noexcept {
+    struct stat found;
+    return ::stat(path8.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
 
 /// The directory that is left of `path8` when all that is missing in it were made: the deepest that
 /// exists, after the missing ones that ".." takes back.
@@ -23,8 +33,7 @@ std::string deepest_existing(std::string const& path8) {
         }
         std::string next = existing + '/';
         next += name;
-        struct stat found;
-        if (::stat(next.c_str(), &found) == 0 && S_ISDIR(found.st_mode))
+        if (is_directory(next))
             existing.swap(next);
         else
             missing = 1;
@@ -34,28 +43,24 @@ std::string deepest_existing(std::string const& path8) {
 
 }  // namespace
 
-bool is_same_file(std::string const& a8, std::string const& b8) noexcept {
-    struct stat a;
-    struct stat b;
-    return ::stat(a8.c_str(), &a) == 0 && ::stat(b8.c_str(), &b) == 0 &&
-           file_identity(a) == file_identity(b);
+std::optional<file_identity> identify(std::string const& path8) noexcept {
+    struct stat found;
+    if (::stat(path8.c_str(), &found) != 0) return std::nullopt;
+    return file_identity(found);
 }
 
-bool lies_within(std::string const& path8, std::string const& dir8) {
-    struct stat found;
-    if (path8.empty() || ::stat(dir8.c_str(), &found) != 0) return false;
-    file_identity const dir(found);
-    // Up through ".." to the root, which is its own parent.
-    std::string place = deepest_existing(path8);
-    if (::stat(place.c_str(), &found) != 0) return false;
-    for (file_identity here(found);;) {
-        if (here == dir) return true;
-        place += "/..";
-        if (::stat(place.c_str(), &found) != 0) return false;
-        file_identity const above(found);
-        if (above == here) return false;
-        here = above;
+std::vector<file_identity> directories_above(std::string const& path8) {
+    std::vector<file_identity> result;
+    if (path8.empty()) return result;
+    char buffer[PATH_MAX];
+    if (::realpath(deepest_existing(path8).c_str(), buffer) == nullptr)
+        throw_errno_exception(errno, path8, {});
+    // Of a real path, what is left without the last name is the directory above.
+    for (std::string place = buffer; !place.empty();) {
+        if (auto const identity = identify(place)) result.push_back(*identity);
+        place.resize(place == "/" ? 0 : std::max<std::size_t>(place.rfind('/'), 1));
     }
+    return result;
 }
 
 }  // namespace ko::filesystem::detail

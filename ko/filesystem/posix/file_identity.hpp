@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace ko::filesystem::detail {
 
@@ -19,11 +21,12 @@ struct file_identity {
     ino_t number;
 };
 
-/// Whether both paths lead to the same file; not when one of them can't be asked.
-bool is_same_file(std::string const& a8, std::string const& b8) noexcept;
+/// Of what is at `path8`, links followed; none when stat fails.
+std::optional<file_identity> identify(std::string const& path8) noexcept;
 
-/// Whether `path8`, once the directories missing in it are made, is the directory `dir8` or lies
-/// below it, by what both really name. No when that can't be found out.
-bool lies_within(std::string const& path8, std::string const& dir8);
+/// The directories that `path8` is or would lie in, up to the root: `path8` itself, if it is one, or
+/// the deepest that exists once ".." has taken back missing ones, and all above it by their real path.
+/// Throws the class of the error number when that can't be found out; path(): `path8`
+std::vector<file_identity> directories_above(std::string const& path8);
 
 }  // namespace ko::filesystem::detail

@@ -45,7 +45,7 @@ public:
         : converter_(converter),
           // iconv takes the input as char** for historical reasons and only reads it.
           input_(const_cast<char*>(reinterpret_cast<char const*>(input.data()))),
-          input_left_(input.size() * sizeof(CharT)),
+          input_size_(input.size() * sizeof(CharT)),
           reset_(converter) {}
 
     /// Converts up to the end of the input, of the work buffer, or to malformed input.
@@ -70,9 +70,10 @@ public:
         return true;
     }
 
-    /// Appends what the last round has produced.
+    /// Appends what the last round has produced. The first round tells how much there will be.
     template <class CharT>
     void append_round_to(std::basic_string<CharT>& result) const {
+        if (result.empty() && input_left_ != 0) result.reserve(expected_bytes() / sizeof(CharT));
         result.append(reinterpret_cast<CharT const*>(round_),
                       static_cast<std::size_t>(output_ - round_) / sizeof(CharT));
     }
@@ -85,9 +86,17 @@ public:
 private:
     char* begin() noexcept { return reinterpret_cast<char*>(buffer_); }
 
+    /// Of the whole result, if the rest of the input converts as what is done.
+    std::size_t expected_bytes() const noexcept {
+        auto const produced = static_cast<std::size_t>(output_ - round_);
+        std::size_t const consumed = input_size_ - input_left_;
+        return consumed == 0 ? 0 : (produced * input_size_ + consumed - 1) / consumed;
+    }
+
     iconv_t converter_;
     char* input_;
-    std::size_t input_left_;
+    std::size_t input_size_;
+    std::size_t input_left_ = input_size_;
     char16_t buffer_[work_buffer_bytes / sizeof(char16_t)];  // aligned for either character type
     char* output_ = begin();
     std::size_t output_left_ = work_buffer_bytes;

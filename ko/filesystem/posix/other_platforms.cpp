@@ -17,8 +17,12 @@ std::u16string round_trip(std::u16string const& text) {
 upath get_unc_path(upath const& p, bool) { return upath(round_trip(p.native())); }
 std::u16string get_unc_path(std::u16string const& p, bool) { return round_trip(p); }
 
-void create_shortcut(upath const&, upath const&) { detail::throw_invalid_operation_exception(); }
-void create_shortcut(std::u16string const&, std::u16string const&) {
+void create_shortcut(upath const& from, upath const& to) {
+    create_shortcut(from.native(), to.native());
+}
+void create_shortcut(std::u16string const& from, std::u16string const& to) {
+    static_cast<void>(detail::to_filesystem(from));
+    static_cast<void>(detail::to_filesystem(to));
     detail::throw_invalid_operation_exception();
 }
 
