@@ -177,7 +177,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     TELLS(copy_directory(u"missing", u"x"), "PathNotFound [missing]");
     TELLS(copy_directory(u"d", u"no/x"), "PathNotFound [no/x]");
     TELLS(copy_directory(u"d", u"f"), "FileExistsError [f]");
-    scratch_dir::must(::chmod("d", 0711) == 0 && ::chmod("g", 0) == 0);
+    scratch_dir::must(::chmod("d", 0555) == 0 && ::chmod("g", 0) == 0);
     testing::as_unprivileged_child([&] {
         TELLS(copy_file(u"f", u"d/x"), "AccessDenied [d/x]");
         TELLS(copy_file(u"g", u"d/x"), "AccessDenied [g]");

@@ -93,7 +93,7 @@ TEST(ErrorMapping, ChoosesTheClassByTheNumber) {
 #ifdef __linux__
 TEST(IconvConverter, IsOpenedOncePerThreadAndClosedWithIt) {
     std::vector<std::thread> threads;
-    int const before = opened;
+    int const opened_before = opened, closed_before = closed;
     for (int i = 0; i != 8; ++i)
         threads.emplace_back([] {
             to_filesystem(u"ascii");  // needs none
@@ -101,8 +101,8 @@ TEST(IconvConverter, IsOpenedOncePerThreadAndClosedWithIt) {
                 EXPECT_EQ(from_filesystem(to_filesystem(u"\u00E9")), u"\u00E9");
         });
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(opened - before, 16);
-    EXPECT_EQ(closed, opened);
+    EXPECT_EQ(opened - opened_before, 16);
+    EXPECT_EQ(closed - closed_before, 16);
 }
 
 TEST(IconvConverter, ThatCannotBeOpenedEmptiesTheResult) {

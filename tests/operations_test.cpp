@@ -47,7 +47,10 @@ protected:
         scratch.link(u"loop", "loop");
         scratch_dir::must(::mkfifo("fifo", 0600) == 0);
     }
-    ~Operations() override { static_cast<void>(::chdir(before_.c_str())); }
+    ~Operations() override {
+        if (exists(scratch / u"closed")) chmod(u"closed", 0755);  // else only root could remove it
+        static_cast<void>(::chdir(before_.c_str()));
+    }
 
     Path at(std::u16string const& name) const { return Path(scratch / name); }
 
@@ -186,6 +189,7 @@ TYPED_TEST(Operations, AskForAccess) {
     TELLS(access(at(std::u16string(u"f\0", 2)), access_exists), "InvalidArgument \"\" [@/f\\0]");
     TELLS(access(TypeParam(u""), 0), this->no_path);
     for (unsigned const mode : {0u, 16u, ~0u}) TELLS(access(at(u"f"), mode), bad_mode);
+    this->chmod(u"f", 0444);
     testing::as_unprivileged_child([&] {  // access(2) asks for the real user
         TELLS(access(at(u"f"), access_exists), "yes");
         TELLS(access(at(u"f"), access_read | access_exists), "yes");
@@ -370,11 +374,12 @@ TYPED_TEST(Operations, RemoveATreeAndNothingElse) {
     TELLS(remove_all(this->at(u"tree//")), "ok");
     TELLS(remove_all(this->at(u"l")), "ok");
     EXPECT_EQ(this->mode(u"tree") + this->mode(u"l") + this->mode(u"d/f"), "nothingnothing-644");
-    this->chmod(u"", 0777);
+    this->chmod(u"d", 0555);
     testing::as_unprivileged_child([&] {
         TELLS(remove_all(this->at(u"d")), "AccessDenied [@/d/f]");
         TELLS(remove_all(this->at(u"closed")), "AccessDenied [@/closed]");
     });
+    this->chmod(u"d", 0755);
 }
 
 TYPED_TEST(Operations, RenameWithinAFileSystem) {
@@ -394,12 +399,16 @@ TYPED_TEST(Operations, RenameWithinAFileSystem) {
     TELLS(rename(at(u"x"), TypeParam(u"")), this->no_path);
     TELLS(rename(at(u"f"), at(std::u16string(u"x\0", 2))), "InvalidArgument \"\" [@/x\\0]");
     this->chmod(u"empty", 0777);
+    this->chmod(u"d", 0555);
+    this->chmod(u"", 0555);
     testing::as_unprivileged_child([&] {
         TELLS(rename(at(u"f"), at(u"empty/g")), "AccessDenied [@/f]");
         scratch_dir::must(::chdir("empty") == 0 && ::mkdir("m", 0755) == 0);
         TELLS(rename(at(u"empty/m"), at(u"d/m")), "AccessDenied [@/d/m]");
         TELLS(rename(TypeParam(u"m"), at(u"d/m")), this->no_path);  // asks for its directory
     });
+    this->chmod(u"", 0755);
+    this->chmod(u"d", 0755);
     TELLS(rename(at(u"f"), at(u"\u6F22")), "ok");
     TELLS(rename(at(u"d"), at(u"e")), "ok");
     EXPECT_EQ(this->scratch.content(u"\u6F22"), "content");
