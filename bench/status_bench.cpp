@@ -1,76 +1,135 @@
-// Status queries from UTF-16 text, beside std::filesystem on the same text and the system call
-// alone.
-
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <system_error>
+#include <utility>
 
-#include <benchmark/benchmark.h>
+#include <boost/filesystem/operations.hpp>
+#include <boost/system/error_code.hpp>
 
 #include <ko/filesystem.hpp>
+
+#include "job.hpp"
+
+namespace ko_bench {
 
 namespace {
 
 namespace fs = ko::filesystem;
+namespace std_fs = std::filesystem;
+namespace boost_fs = boost::filesystem;
 
-std::u16string ascii() { return u"/usr/share/doc/base-files/../base-files/../base-files"; }
-std::u16string han() { return u"/tmp/" + std::u16string(25, u'\u6F22'); }
-
-template <std::u16string (*Path)()>
-void BM_StatusLimit(benchmark::State& state) {
-    std::string const path = fs::detail::to_filesystem(Path());
-    for (auto _ : state) {
+void add_queries(std::string const& name, std::u16string const& text, bool there) {
+    fs::upath const path(text);
+    std::string const path8 = path.string();
+    auto const bare_stat = [=] {
         struct stat found;
-        benchmark::DoNotOptimize(::stat(path.c_str(), &found));
-    }
+        return ::stat(path8.c_str(), &found);
+    };
+    job("exists, " + name, fs::exists(text) == there)
+        .ko([=] { return fs::exists(text); })
+        .std([=] {
+            std::error_code error;
+            return std_fs::exists(text, error);
+        })
+        .boost([=] {
+            boost::system::error_code error;
+            return boost_fs::exists(boost_path(text), error);
+        })
+        .limit(bare_stat);
+    auto const type = there ? fs::file_status::regular_file : fs::file_status::file_not_found;
+    job("status, " + name, fs::status(text).type == type)
+        .ko([=] { return fs::status(text); })
+        .std([=] {
+            std::error_code error;
+            return std_fs::status(text, error);
+        })
+        .boost([=] {
+            boost::system::error_code error;
+            return boost_fs::status(boost_path(text), error);
+        })
+        .limit(bare_stat);
+    job("status of a path object, " + name, fs::status(path).type == type)
+        .ko([=] { return fs::status(path); })
+        .limit(bare_stat);
+    job("status_express_light, " + name, fs::status_express_light(text).type == type)
+        .ko([=] { return fs::status_express_light(text); })
+        .limit(bare_stat);
+    job("symlink_status, " + name, fs::symlink_status(text).type == type)
+        .ko([=] { return fs::symlink_status(text); })
+        .std([=] {
+            std::error_code error;
+            return std_fs::symlink_status(text, error);
+        })
+        .boost([=] {
+            boost::system::error_code error;
+            return boost_fs::symlink_status(boost_path(text), error);
+        })
+        .limit([=] {
+            struct stat found;
+            return ::lstat(path8.c_str(), &found);
+        });
+    job("access, " + name, fs::access(text, fs::access_read | fs::access_exists) == there)
+        .ko([=] { return fs::access(text, fs::access_read | fs::access_exists); })
+        .limit([=] { return ::access(path8.c_str(), R_OK); });
 }
-
-template <std::u16string (*Path)()>
-void BM_StatusKo(benchmark::State& state) {
-    std::u16string const path = Path();
-    for (auto _ : state) benchmark::DoNotOptimize(fs::status(path));
-}
-
-template <std::u16string (*Path)()>
-void BM_StatusStd(benchmark::State& state) {
-    std::u16string const path = Path();
-    for (auto _ : state) {
-        std::error_code error;
-        benchmark::DoNotOptimize(std::filesystem::status(path, error));
-    }
-}
-
-template <std::u16string (*Path)()>
-void BM_ToFilesystemKo(benchmark::State& state) {
-    std::u16string const path = Path();
-    for (auto _ : state) benchmark::DoNotOptimize(fs::detail::to_filesystem(path));
-}
-
-template <std::u16string (*Path)()>
-void BM_NativeFormKo(benchmark::State& state) {
-    std::u16string const path = Path();
-    for (auto _ : state) benchmark::DoNotOptimize(fs::detail::make_native_form(path, true));
-}
-
-template <std::u16string (*Path)()>
-void BM_CopyLimit(benchmark::State& state) {
-    std::u16string const path = Path();
-    for (auto _ : state) {
-        std::u16string copy(path);
-        benchmark::DoNotOptimize(copy);
-    }
-}
-
-BENCHMARK(BM_StatusLimit<ascii>);
-BENCHMARK(BM_StatusKo<ascii>);
-BENCHMARK(BM_StatusStd<ascii>);
-BENCHMARK(BM_StatusLimit<han>);
-BENCHMARK(BM_StatusKo<han>);
-BENCHMARK(BM_StatusStd<han>);
-BENCHMARK(BM_CopyLimit<ascii>);
-BENCHMARK(BM_NativeFormKo<ascii>);
-BENCHMARK(BM_ToFilesystemKo<ascii>);
-BENCHMARK(BM_ToFilesystemKo<han>);
 
 }  // namespace
+
+void add_status_jobs(std::u16string const& scratch) {
+    // A path of 52 characters, one of 30 CJK ones besides the scratch directory, and a missing one.
+    std::u16string const ascii = scratch + u'/' + std::u16string(52 - scratch.size() - 1, u'f');
+    std::u16string const han = scratch + u'/' + std::u16string(30, u'\u6F22');
+    for (std::u16string const& file : {ascii, han}) std::ofstream(fs::upath(file).string()) << "x";
+    add_queries("52 ASCII", ascii, true);
+    add_queries("30 CJK", han, true);
+    add_queries("missing", scratch + u"/missing/but/with/a/name/of/some/length", false);
+
+    std::u16string const below = ascii + u"/x";
+    std::string const below8 = fs::upath(below).string();
+    job("exception, status below a file", !fs::exists(below))
+        .ko([=] {
+            try {
+                return fs::status(below).size;
+            } catch (fs::NotDirectoryError const& error) {
+                return error.path().size();
+            }
+        })
+        .std([=] {
+            try {
+                return std_fs::file_size(below);
+            } catch (std_fs::filesystem_error const& error) {
+                return error.path1().native().size();
+            }
+        })
+        .boost([=] {
+            try {
+                return boost_fs::file_size(boost_path(below));
+            } catch (boost_fs::filesystem_error const& error) {
+                return error.path1().native().size();
+            }
+        })
+        .limit([=] {
+            struct stat found;
+            try {
+                if (::stat(below8.c_str(), &found) != 0) throw errno;
+                return 0;
+            } catch (int error) {
+                return error;
+            }
+        });
+    for (int const count : {1, 2, 4})
+        job("status, 52 ASCII, " + std::to_string(count) + " threads", true)
+            .ko([=] { return fs::status(ascii); })
+            .threads(count)
+            .std([=] {
+                std::error_code error;
+                return std_fs::status(ascii, error);
+            })
+            .threads(count);
+}
+
+}  // namespace ko_bench
