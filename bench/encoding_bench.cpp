@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
-#include <utility>
 
 #include <ko/filesystem.hpp>
 
@@ -40,19 +39,21 @@ std::u16string repeat(std::u16string const& unit, std::size_t times) {
 void add_encoding_jobs() {
     static iconv_t const encoder = ::iconv_open("UTF-8", "UTF-16LE");
     static iconv_t const decoder = ::iconv_open("UTF-16LE", "UTF-8");
-    for (auto const& [name, text] :
-         {std::pair<std::string, std::u16string>("16 ASCII", repeat(u"x", 16)),
-          {"52 ASCII", repeat(u"x", 52)},
-          {"259 ASCII", repeat(u"x", 259)},
-          {"260 ASCII", repeat(u"x", 260)},
-          {"1000 ASCII", repeat(u"x", 1000)},
-          {"30 CJK", repeat(u"\u6F22", 30)},
-          {"600 CJK", repeat(u"\u6F22", 600)},
-          {"15 emoji", repeat(u"\U0001F600", 15)}}) {
+    struct {
+        std::string name;
+        std::u16string text;
+    } const rows[] = {
+        {"16 ASCII", repeat(u"x", 16)},      {"52 ASCII", repeat(u"x", 52)},
+        {"259 ASCII", repeat(u"x", 259)},    {"260 ASCII", repeat(u"x", 260)},
+        {"1000 ASCII", repeat(u"x", 1000)},  {"30 CJK", repeat(u"\u6F22", 30)},
+        {"600 CJK", repeat(u"\u6F22", 600)}, {"15 emoji", repeat(u"\U0001F600", 15)},
+    };
+    for (auto const& row : rows) {
+        std::u16string const text = row.text;
         std::string const text8 = std::filesystem::path(text).string();
         // Texts that need no iconv are measured against a copy of the result.
         bool const copied = text8.size() == text.size() && text.size() < 260;
-        job to("to_filesystem, " + name, to_filesystem(text) == text8);
+        job to("to_filesystem, " + row.name, to_filesystem(text) == text8);
         to.ko([=] { return to_filesystem(text); });
         to.std([=] { return std::filesystem::path(text).string(); });
         to.boost([=] { return boost_path(text).string(); });
@@ -60,7 +61,7 @@ void add_encoding_jobs() {
             to.limit([=] { return std::string(text8); });
         else
             to.limit([=] { return bare_iconv(encoder, text); });
-        job from("from_filesystem, " + name, from_filesystem(text8) == text);
+        job from("from_filesystem, " + row.name, from_filesystem(text8) == text);
         from.ko([=] { return from_filesystem(text8); });
         from.std([=] { return std::filesystem::path(text8).u16string(); });
         from.boost([=] { return boost::locale::conv::utf_to_utf<char16_t>(text8); });
