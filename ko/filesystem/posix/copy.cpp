@@ -213,7 +213,7 @@ void copy_followed(std::u16string const& from, std::string const& from8, std::u1
     if (found.type != file_status::directory_file) return;
     auto const identity = identify(system_path(native_text(target)));
     for (copied_directory const* above = outer; above != nullptr; above = above->outer)
-        if (identity == above->identity) throw_errno_exception(ELOOP, from8, {});
+        if (identity && identity == above->identity) throw_errno_exception(ELOOP, from8, {});
     copy_directory_contents(target, to, options, outer);
 }
 
