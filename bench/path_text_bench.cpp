@@ -81,7 +81,8 @@ void add_path_text_jobs() {
     job("replace extension", upath(path).replace_extension(u"md").extension().native() == u"md")
         .ko([=] {
             std::u16string changed = clean;
-            return replace_extension(changed, longer_extension);
+            replace_extension(changed, longer_extension);
+            return changed;
         })
         .std([=] { return std::filesystem::path(std_path).replace_extension(longer_extension); })
         .boost([=] {
