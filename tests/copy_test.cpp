@@ -22,12 +22,8 @@ using testing::utf8;
 constexpr copy_option overwrite = copy_option::overwrite_if_exists;
 constexpr copy_option recursive = copy_option::recursive;
 
-/// The working directory is the scratch directory.
-class Copy : public ::testing::Test {
+class Copy : public testing::scratch_test {
 protected:
-    Copy() { scratch_dir::must(::chdir(scratch.path8().c_str()) == 0); }
-    ~Copy() override { static_cast<void>(::chdir(before_.c_str())); }
-
     static void file(char16_t const* name, char const* content, time_t written) {
         std::ofstream(utf8(name)) << content;
         timespec const times[] = {{written, 0}, {written, 0}};
@@ -43,11 +39,6 @@ protected:
             default: return scratch.content(name);
         }
     }
-
-    scratch_dir scratch;
-
-private:
-    std::string before_ = std::filesystem::current_path();
 };
 
 // Every value of the options with every kind of source and target, against the rules once more.
@@ -220,6 +211,7 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
 }
 
 TEST_F(Copy, CopiesATreeAsDiffSees) {
+    // A minimal system may have no diffutils, and nothing but diff is asked to judge here.
     if (std::system("diff --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "diff is missing";
     std::u16string dir = u"tree";
     for (unsigned level = 0; level < 6; ++level, dir += u"/\u00E9t\u00E9") {

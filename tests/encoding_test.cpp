@@ -1,7 +1,5 @@
 #include <cstddef>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -126,19 +124,6 @@ TEST(Encoding, OffersTheSameConversionUnderEveryName) {
     EXPECT_EQ(detail::make_native_access_form(text), to_filesystem(text));
     EXPECT_EQ(pathname_traits<char16_t>::from_filesystem("\xC3\xFF"), u"\uFFFD\uFFFD");
     EXPECT_EQ(detail::make_access_form("a//\xFF"), "a//\xFF");
-}
-
-TEST(Encoding, ConvertsOnManyThreadsAtOnce) {
-    std::vector<std::thread> threads;
-    for (char16_t first : {u'\u00E9', u'\u6F22', u'\u0416', u'\u05D0'})
-        threads.emplace_back([first] {
-            std::u16string const text(700, first);
-            for (int round = 0; round < 200; ++round) {
-                EXPECT_EQ(to_filesystem(text), expected_utf8(text));
-                EXPECT_EQ(from_filesystem(to_filesystem(text)), text);
-            }
-        });
-    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

@@ -94,11 +94,11 @@ TEST(ErrorMapping, ChoosesTheClassByTheNumber) {
 TEST(IconvConverter, IsOpenedOncePerThreadAndClosedWithIt) {
     std::vector<std::thread> threads;
     int const opened_before = opened, closed_before = closed;
-    for (int i = 0; i != 8; ++i)
-        threads.emplace_back([] {
+    for (char16_t unit = u'\u6F22'; unit != u'\u6F2A'; ++unit)
+        threads.emplace_back([text = std::u16string(700, unit)] {
             to_filesystem(u"ascii");  // needs none
-            for (int round = 0; round != 3; ++round)
-                EXPECT_EQ(from_filesystem(to_filesystem(u"\u00E9")), u"\u00E9");
+            for (int round = 0; round != 100; ++round)
+                EXPECT_EQ(from_filesystem(to_filesystem(text)), text);
         });
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(opened - opened_before, 16);

@@ -28,13 +28,11 @@ using testing::utf16;
 using testing::utf8;
 
 /// `f` "content", `\u6F22`, `secret` 0000, `d` with `d/f` in it, `empty`, `closed` 0000, the links
-/// `l` to d, `dangling` and `loop`, and `fifo`. The working directory is the scratch directory.
+/// `l` to d, `dangling` and `loop`, and `fifo`.
 template <class Path>
-class Operations : public ::testing::Test {
+class Operations : public testing::scratch_test {
 protected:
     Operations() {
-        scratch_dir::must(::chdir(scratch.path8().c_str()) == 0);
-        ::umask(022);
         scratch.file(u"f", "content");
         scratch.file(u"\u6F22");
         chmod(u"secret", 0, scratch.file(u"secret"));
@@ -48,8 +46,8 @@ protected:
         scratch_dir::must(::mkfifo("fifo", 0600) == 0);
     }
     ~Operations() override {
+        ::umask(umask_);
         if (exists(scratch / u"closed")) chmod(u"closed", 0755);  // else only root could remove it
-        static_cast<void>(::chdir(before_.c_str()));
     }
 
     Path at(std::u16string const& name) const { return Path(scratch / name); }
@@ -70,13 +68,11 @@ protected:
         return S_ISLNK(found.st_mode) ? "l" : out.str();
     }
 
-    scratch_dir scratch{std::filesystem::canonical(std::filesystem::temp_directory_path())};
     std::u16string const lone = std::u16string(u"x") + char16_t{0xD800};
     std::u16string const long_name = std::u16string(300, u'n');
     std::string const no_path = "InvalidArgument \"Empty Path not permitted\"";
 
 private:
-    std::string before_ = std::filesystem::current_path();
     mode_t umask_ = ::umask(022);
 };
 
@@ -163,10 +159,9 @@ TYPED_TEST(Operations, TellTimes) {
 TYPED_TEST(Operations, TellTheStatusOfATextAsItStands) {
     environment_guard const home("HOME", this->scratch.path8().c_str());
     auto const light = [](std::u16string const& p) {
+        file_status_light const found = status_express_light(p);
         file_status s;
-        s.type = status_express_light(p).type;
-        s.size = status_express_light(p).size;
-        s.last_write_time = status_express_light(p).last_write_time;
+        s.type = found.type, s.size = found.size, s.last_write_time = found.last_write_time;
         return type(s);
     };
     TELLS(exists(TypeParam(u"~//f/")), "yes");
@@ -418,6 +413,7 @@ TYPED_TEST(Operations, RenameWithinAFileSystem) {
 TYPED_TEST(Operations, RenameToAnotherFileSystem) {
     struct stat here {
     }, memory{};
+    // A move between file systems can only be seen on a machine that has two which may be written.
     if (::stat("/dev/shm", &memory) != 0 || ::access("/dev/shm", W_OK) != 0 ||
         ::stat(".", &here) != 0 || here.st_dev == memory.st_dev)
         GTEST_SKIP() << "there is no second file system at /dev/shm";

@@ -11,8 +11,7 @@
 namespace ko::filesystem {
 namespace {
 
-struct Path : ::testing::Test {
-    testing::scratch_dir scratch;
+struct Path : testing::scratch_test {
     testing::environment_guard home{"HOME", "/h/u"};
 };
 

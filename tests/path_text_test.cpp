@@ -24,8 +24,7 @@ using ko::filesystem::testing::utf8;
 using text = std::u16string;
 using byte_traits = path_traits<char, char>;
 
-struct PathText : ::testing::Test {
-    ko::filesystem::testing::scratch_dir scratch;
+struct PathText : ko::filesystem::testing::scratch_test {
     environment_guard home{"HOME", "//home//u/"};
 };
 

@@ -110,28 +110,21 @@ extern "C" ssize_t readlink(char const* path, char* buffer, size_t size) noexcep
 namespace ko::filesystem {
 namespace {
 
-/// The tree d/s/f and the file f. The working directory is the scratch directory.
 using testing::utf8;
 
-class SystemCalls : public ::testing::Test {
+/// The tree d/s/f and the file f.
+class SystemCalls : public testing::scratch_test {
 protected:
     SystemCalls() {
-        testing::scratch_dir::must(::chdir(scratch.path8().c_str()) == 0);
         make_tree();
         scratch.file(u"f");
     }
-    ~SystemCalls() override { static_cast<void>(::chdir(before_.c_str())); }
 
     void make_tree() {
         std::filesystem::remove_all("d");
         std::filesystem::create_directories("d/s");
         scratch.file(u"d/s/f");
     }
-
-    testing::scratch_dir scratch;
-
-private:
-    std::string before_ = std::filesystem::current_path();
 };
 
 TEST_F(SystemCalls, AreThoseOfTheOperationAndNoOthers) {

@@ -78,6 +78,18 @@ private:
     std::string path_;
 };
 
+/// A test whose working directory is a scratch directory of its own, told by its real path.
+class scratch_test : public ::testing::Test {
+protected:
+    scratch_test() { scratch_dir::must(::chdir(scratch.path8().c_str()) == 0); }
+    ~scratch_test() override { static_cast<void>(::chdir(before_.c_str())); }
+
+    scratch_dir scratch{std::filesystem::canonical(std::filesystem::temp_directory_path())};
+
+private:
+    std::string before_ = std::filesystem::current_path();
+};
+
 /// An environment variable with another value, or unset for null, while it lives.
 class environment_guard {
 public:
