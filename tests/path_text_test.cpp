@@ -28,11 +28,15 @@ struct PathText : ko::filesystem::testing::scratch_test {
     environment_guard home{"HOME", "//home//u/"};
 };
 
-/// All parts of `p`, told plainly.
+/// Texts side by side, with a bar between them.
+template <class... Texts>
+std::string joined(text const& first, Texts const&... others) {
+    return utf8(first) + (... + ('|' + utf8(others)));
+}
+
 std::string parts(text const& p) {
-    return utf8(extract_root_path(p) + u'|' + extract_relative_path(p) + u'|' +
-                extract_parent_path(p) + u'|' + extract_filename(p) + u'|' + extract_stem(p) +
-                u'|' + extract_extension(p));
+    return joined(extract_root_path(p), extract_relative_path(p), extract_parent_path(p),
+                  extract_filename(p), extract_stem(p), extract_extension(p));
 }
 
 TEST_F(PathText, HasTheseParts) {
@@ -81,19 +85,13 @@ TEST_F(PathText, FollowsTheRulesForEveryShortText) {
         bool const trailing_dot = !name.empty() && name.back() == u'.';
         text removed = p;
         pathname_elements const all = extract_pathname_elements(p);
-        ASSERT_EQ(is_absolute(p), rooted);
-        ASSERT_EQ(get_root_path_length(p), rooted ? 1u : 0u);
-        ASSERT_EQ(extract_root_path(p), rooted ? u"/" : u"");
-        ASSERT_EQ(extract_root_directory(p) + extract_relative_path(p), p);
-        ASSERT_EQ(extract_parent_path(p), parent);
+        ASSERT_EQ(parts(p),
+                  joined(rooted ? u"/" : u"", p.substr(rooted), parent, name, stem, extension));
+        ASSERT_EQ(joined(all.parent_path, all.filename, all.stem, all.extension),
+                  joined(parent, name, trailing_dot ? name : stem, extension));
+        ASSERT_TRUE(is_absolute(p) == rooted && get_root_path_length(p) == rooted);
+        ASSERT_EQ(extract_root_directory(p), extract_root_path(p));
         ASSERT_EQ(remove_filename(removed), parent);
-        ASSERT_EQ(all.parent_path, parent);
-        ASSERT_EQ(extract_filename(p), name);
-        ASSERT_EQ(all.filename, name);
-        ASSERT_EQ(extract_stem(p), stem);
-        ASSERT_EQ(all.stem, trailing_dot ? name : stem);
-        ASSERT_EQ(extract_extension(p), extension);
-        ASSERT_EQ(all.extension, extension);
         ASSERT_EQ(extract_first_element(p, 0), p.substr(0, std::min(p.find(u'/'), p.size())));
         ASSERT_EQ(make_generic_form(p), p);
 
@@ -111,21 +109,21 @@ TEST_F(PathText, FollowsTheRulesForEveryShortText) {
 }
 
 TEST_F(PathText, IsJoined) {
-    auto const joined = [](text base, text const& addition, bool expand = false) {
+    auto const join = [](text base, text const& addition, bool expand = false) {
         return concatenate_pathname(base, addition, expand);
     };
     std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
-    TELLS(joined(u"a", u"b"), "a/b");
-    TELLS(joined(u"a/", u"b"), "a/b");
-    TELLS(joined(u"/", u"b"), "/b");
-    TELLS(joined(u"", u"/b//c/"), "/b/c");
-    TELLS(joined(u"a", u""), "a/");
-    TELLS(joined(u"a/", u""), "a/");
-    TELLS(joined(u"a//", u"b//c/"), "a//b/c");
-    TELLS(joined(u"a", u"~"), "a/~");
-    TELLS(joined(u"", u"~/x", true), "/home/u/x");
-    TELLS(joined(u"a", u"/b"), refused);
-    TELLS(joined(u"a", u"~", true), refused);
+    TELLS(join(u"a", u"b"), "a/b");
+    TELLS(join(u"a/", u"b"), "a/b");
+    TELLS(join(u"/", u"b"), "/b");
+    TELLS(join(u"", u"/b//c/"), "/b/c");
+    TELLS(join(u"a", u""), "a/");
+    TELLS(join(u"a/", u""), "a/");
+    TELLS(join(u"a//", u"b//c/"), "a//b/c");
+    TELLS(join(u"a", u"~"), "a/~");
+    TELLS(join(u"", u"~/x", true), "/home/u/x");
+    TELLS(join(u"a", u"/b"), refused);
+    TELLS(join(u"a", u"~", true), refused);
     std::string bytes = "a";
     TELLS(byte_traits::concatenate_pathname(bytes, "b//", false), "a/b");
     for (text self : {u"a//b", u"a/b", u"a/relative/path/that/is/longer/than/the/buffer"}) {
