@@ -77,7 +77,7 @@ TEST(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
     int number = 0;
     for (auto const& row : rows) {
         SCOPED_TRACE(number++);
-        p = long_name, element = first_element, position = 0;
+        p = std::u16string(long_name), element = first_element, position = 0;
         auto const check = [&] {
             EXPECT_EQ(p, long_name);
             EXPECT_EQ(element, first_element);

@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <exception>
 #include <iterator>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <ko/filesystem/detail/encoding.hpp>
@@ -17,9 +19,9 @@ namespace {
 
 /// The path for the report. A conversion that fails must not hide the failure that is reported:
 /// each byte is widened then, with its sign, so that bytes from 0x80 on become U+FF80 to U+FFFF.
-std::u16string reported(std::string const& path8) {
+std::u16string reported(std::string_view path8) {
     try {
-        return from_filesystem(path8);
+        return from_filesystem(std::string(path8));
     } catch (std::exception const&) {
         std::u16string widened;
         std::transform(path8.begin(), path8.end(), std::back_inserter(widened), [](char byte) {
@@ -29,21 +31,27 @@ std::u16string reported(std::string const& path8) {
     }
 }
 
+/// The one argument, which is there even when it is empty.
+std::vector<std::u16string> reported_argument(std::string_view path8) {
+    return {path8.empty() ? std::u16string() : reported(path8)};
+}
+
 }  // namespace
 
-void throw_errno_exception(int errnum, std::string const& path1, std::string const& path2) {
-    std::u16string const path = reported(path1);
-    std::vector<std::u16string> const arguments{path2.empty() ? std::u16string() : reported(path2)};
+// All that is made for an exception goes before it is thrown: what is left for the unwinding to
+// destroy costs more than the rest of the report.
+void throw_errno_exception(int errnum, std::string_view path1, std::string_view path2) {
     switch (errnum) {
-        case ENOENT: throw_cloneable(PathNotFound(path));
-        case EACCES: throw_cloneable(AccessDenied(path));
-        case EEXIST: throw_cloneable(FileExistsError(path));
-        case ENOTDIR: throw_cloneable(NotDirectoryError(path));
-        case EISDIR: throw_cloneable(FileIsDirectory(path));
-        case EINVAL: throw_cloneable(InvalidArgument("", path, arguments));
-        case ENAMETOOLONG: throw_cloneable(FileNameTooLarge(path));
-        case ENOTEMPTY: throw_cloneable(DirectoryNotEmpty(path));
-        default: throw_cloneable(SystemError(path, arguments, errnum));
+        case ENOENT: throw cloneable(PathNotFound(reported(path1)));
+        case EACCES: throw cloneable(AccessDenied(reported(path1)));
+        case EEXIST: throw cloneable(FileExistsError(reported(path1)));
+        case ENOTDIR: throw cloneable(NotDirectoryError(reported(path1)));
+        case EISDIR: throw cloneable(FileIsDirectory(reported(path1)));
+        case EINVAL:
+            throw cloneable(InvalidArgument{"", reported(path1), reported_argument(path2)});
+        case ENAMETOOLONG: throw cloneable(FileNameTooLarge(reported(path1)));
+        case ENOTEMPTY: throw cloneable(DirectoryNotEmpty(reported(path1)));
+        default: throw cloneable(SystemError{reported(path1), reported_argument(path2), errnum});
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <string_view>
 
 namespace ko::filesystem::detail {
 
@@ -10,7 +10,6 @@ namespace ko::filesystem::detail {
 /// paths; either may be empty. The exception carries `path1` in UTF-16, with U+FFFD for each byte
 /// that is not UTF-8. Only InvalidArgument (EINVAL) and SystemError keep `path2`, as their one
 /// argument, which is there even when it is empty.
-[[noreturn]] void throw_errno_exception(int errnum, std::string const& path1,
-                                        std::string const& path2);
+[[noreturn]] void throw_errno_exception(int errnum, std::string_view path1, std::string_view path2);
 
 }  // namespace ko::filesystem::detail

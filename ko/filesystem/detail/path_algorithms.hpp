@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/text_scan.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 
 /// The path text algorithms, once for UTF-8 and UTF-16. What they return as a view lies in their
@@ -31,7 +32,7 @@ std::size_t last_separator(view<CharT> p) noexcept {
 
 template <class CharT>
 bool is_root(view<CharT> p) noexcept {
-    return p == pathname_traits<CharT>::ROOT_PATHNAME;
+    return p.size() == 1 && is_separator(p.front());
 }
 
 /// Whether `name` is "." or "..".
@@ -61,6 +62,15 @@ view<CharT> filename(view<CharT> p) noexcept {
     return separator == p.npos || is_root(p) ? p : p.substr(separator + 1);
 }
 
+/// What follows the last dot of the last element, and nothing where that has none: so a dot that
+/// makes the name "." or ".." has nothing behind it.
+template <class CharT>
+view<CharT> extension(view<CharT> p) noexcept {
+    for (std::size_t i = p.size(); i-- != 0 && !is_separator(p[i]);)
+        if (p[i] == pathname_traits<CharT>::DOT_CHARACTER) return p.substr(i + 1);
+    return {};
+}
+
 template <class CharT>
 struct name_parts {
     view<CharT> stem;
@@ -84,28 +94,22 @@ name_parts<CharT> split_name_keeping_trailing_dot(view<CharT> name) noexcept {
 
 // Composition
 
-/// Whether two separators follow each other. Without a branch and in the width of a character, so
-/// that the compiler makes vector code of it.
 template <class CharT>
 bool has_doubled_separator(view<CharT> p) noexcept {
-    constexpr CharT separator = pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
-    CharT found = 0;
-    for (std::size_t i = 1; i < p.size(); ++i) {
-        auto const differing = static_cast<CharT>((p[i - 1] ^ separator) | (p[i] ^ separator));
-        found = static_cast<CharT>(found | static_cast<CharT>(differing == 0));
-    }
-    return found != 0;
-}
-
-template <class CharT>
-void collapse_separators(text<CharT>& p) noexcept {
-    auto const both = [](CharT a, CharT b) { return is_separator(a) && is_separator(b); };
-    p.erase(std::unique(p.begin(), p.end(), both), p.end());
+    return has_doubled(p, pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER);
 }
 
 template <class CharT>
 bool has_trailing_separator(view<CharT> p) noexcept {
     return p.size() > 1 && is_separator(p.back());
+}
+
+/// Leaves one of the separators that follow each other, and none at the end but the root's.
+template <class CharT>
+void tidy_separators(text<CharT>& p) noexcept {
+    auto const both = [](CharT a, CharT b) { return is_separator(a) && is_separator(b); };
+    if (has_doubled_separator<CharT>(p)) p.erase(std::unique(p.begin(), p.end(), both), p.end());
+    if (has_trailing_separator<CharT>(p)) p.pop_back();
 }
 
 template <class CharT>
@@ -124,8 +128,7 @@ template <class CharT>
 text<CharT> native_form(text<CharT> const& p, bool expand_tilde) {
     bool const tilde = expand_tilde && begins_with_tilde<CharT>(p);
     text<CharT> native = tilde ? pathname_traits<CharT>::replace_tilde_with_home_dir(p) : p;
-    if (has_doubled_separator<CharT>(native)) collapse_separators(native);
-    if (has_trailing_separator<CharT>(native)) native.pop_back();
+    tidy_separators(native);
     return native;
 }
 

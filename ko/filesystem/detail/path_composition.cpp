@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <string_view>
-#include <utility>
 
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
@@ -47,16 +46,14 @@ std::u16string& replace_extension(std::u16string& p, std::u16string const& ext) 
 
     std::size_t const dot = name.rfind(traits::DOT_CHARACTER);
     bool const has_extension = dot != name.npos && dot + 1 != name.size();
-    // An old extension leaves its dot behind, the new one brings its own or gets one.
     std::size_t const kept = has_extension ? p.size() - name.size() + dot : p.size();
     bool const brings_dot = ext.front() == traits::DOT_CHARACTER;
 
-    std::u16string replaced;
-    replaced.reserve(kept + 1 + ext.size());
-    replaced.append(p, 0, kept);
-    if (!brings_dot) replaced += traits::DOT_CHARACTER;
-    replaced += ext;
-    p = std::move(replaced);
+    p.reserve(kept + 1 + ext.size());  // behind this nothing can fail
+    if (brings_dot) return p.replace(kept, p.npos, ext);
+    // The dot of an old extension stays. `ext` may be `p` itself: it is taken before that changes.
+    p.replace(has_extension ? kept + 1 : kept, p.npos, ext);
+    if (!has_extension) p.insert(kept, 1, traits::DOT_CHARACTER);
     return p;
 }
 

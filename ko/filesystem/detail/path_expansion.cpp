@@ -5,13 +5,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/text_scan.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 
 namespace ko::filesystem {
@@ -44,17 +47,30 @@ std::string home_of(std::string const& user) {
         [&user](auto... result) { return ::getpwnam_r(user.c_str(), result...); });
 }
 
+template <class CharT>
+bool names_own_home(std::basic_string<CharT> const& p) noexcept {
+    return detail::algorithm::begins_with_tilde<CharT>(p) &&
+           (p.size() == 1 || detail::algorithm::is_separator(p[1]));
+}
+
+/// `home` with what follows the tilde of `p`. "~/" gives no trailing slash, and without a home
+/// nothing of `p` is kept.
+template <class CharT>
+std::basic_string<CharT> below_own_home(std::string const& home,
+                                        std::basic_string<CharT> const& p) {
+    std::size_t const length = home.empty() || p.size() <= 2 ? 0 : p.size() - 1;
+    std::basic_string<CharT> result(home.size() + length, CharT());
+    auto const rest = p.end() - static_cast<std::ptrdiff_t>(length);
+    std::copy(rest, p.end(), std::copy(home.begin(), home.end(), result.begin()));
+    return result;
+}
+
 }  // namespace
 
 std::string pathname_traits<char>::replace_tilde_with_home_dir(std::string const& p) {
     if (!detail::algorithm::begins_with_tilde<char>(p)) return p;
+    if (names_own_home(p)) return below_own_home(own_home(), p);
     std::size_t const name_end = std::min(p.find(PATHNAME_SEPARATOR_CHARACTER), p.size());
-    if (name_end == 1) {
-        std::string home = own_home();
-        // "~/" gives no trailing slash, and without a home nothing of `p` is kept.
-        if (!home.empty() && p.size() > 2) home.append(p, 1, p.npos);
-        return home;
-    }
     std::string home = home_of(p.substr(1, name_end - 1));
     if (home.empty()) return p;
     home.append(p, name_end, p.npos);
@@ -62,6 +78,10 @@ std::string pathname_traits<char>::replace_tilde_with_home_dir(std::string const
 }
 
 std::u16string pathname_traits<char16_t>::replace_tilde_with_home_dir(std::u16string const& p) {
+    if (names_own_home(p) && detail::is_ascii<char16_t>(p)) {
+        std::string const home = own_home();
+        if (detail::is_ascii<char>(home)) return below_own_home(home, p);  // nothing to convert
+    }
     return detail::from_filesystem_strict(
         pathname_traits<char>::replace_tilde_with_home_dir(detail::to_filesystem(p)));
 }

@@ -59,7 +59,7 @@ std::string mixed::to_native(std::u16string const& text) { return to_filesystem(
 std::u16string mixed::from_native(std::string const& native) {
     std::u16string text = from_filesystem_strict(native);
     if (text.empty() && !native.empty())
-        throw_cloneable(InvalidArgument("Invalid UTF-8", from_filesystem(native), {}));
+        throw cloneable(InvalidArgument("Invalid UTF-8", from_filesystem(native), {}));
     return text;
 }
 

@@ -6,9 +6,9 @@
 namespace ko::filesystem::detail {
 
 void throw_invalid_argument(char const* message) {
-    throw_cloneable(InvalidArgument(message, {}, {}));
+    throw cloneable(InvalidArgument(message, {}, {}));
 }
 
-void throw_invalid_operation_exception() { throw_cloneable(InvalidOperation()); }
+void throw_invalid_operation_exception() { throw cloneable(InvalidOperation()); }
 
 }  // namespace ko::filesystem::detail

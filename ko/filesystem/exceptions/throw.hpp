@@ -4,11 +4,11 @@
 
 namespace ko::filesystem::detail {
 
-/// Throws `error` in a form that `boost::current_exception()` captures with its exact class.
-/// Nothing else in the library throws.
+/// `error` in the form that every exception leaves the library in, which `boost::current_exception()`
+/// captures with its exact class.
 template <class Error>
-[[noreturn]] void throw_cloneable(Error const& error) {
-    throw boost::enable_current_exception(error);
+auto cloneable(Error const& error) {
+    return boost::enable_current_exception(error);
 }
 
 /// Throws InvalidArgument for a check of the library's own: the message only, no path.

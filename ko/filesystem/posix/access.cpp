@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
@@ -35,7 +34,7 @@ int posix_mode(unsigned int mode) noexcept {
 bool access_impl(std::u16string const& native, unsigned int mode) {
     detail::reject_empty_path(native);
     if (mode == 0 || mode > access_all) detail::throw_invalid_argument("Unsupported Access Mode");
-    std::string const path8 = detail::system_path(native);
+    detail::system_path const path8(native);
     if (::access(path8.c_str(), posix_mode(mode)) == 0) return true;
 
     int const error = errno;
@@ -47,7 +46,7 @@ bool access_impl(std::u16string const& native, unsigned int mode) {
         return false;
     if (error == ENOENT && asks_for_existence) return false;
     if (error == EROFS && (mode & access_write) != 0) return false;
-    detail::throw_errno_exception(error, path8, {});
+    detail::throw_errno_exception(error, path8.c_str(), {});
 }
 
 unsigned int changed_permissions(unsigned int present, unsigned int perms) noexcept {
@@ -63,14 +62,15 @@ void permissions_impl(std::u16string const& native, unsigned int perms) {
     if ((perms & both) == both ||
         (perms & file_status::perms_unknown) == file_status::perms_unknown)
         detail::throw_invalid_argument("File Permission not valid");
-    std::string const path8 = detail::system_path(native);
+    detail::system_path const path8(native);
     bool const link_itself = (perms & file_status::perms_symlink) != 0;
     // A missing path is no failure here: the change reports it, with the path.
-    file_status const present = detail::read_status(link_itself ? &::lstat : &::stat, path8);
+    file_status const present =
+        detail::read_status(link_itself ? &::lstat : &::stat, path8.c_str());
     auto const change =
         link_itself && present.type == file_status::symlink_file ? &::lchmod : &::chmod;
     auto const mode = static_cast<mode_t>(changed_permissions(present.permissions, perms));
-    if (change(path8.c_str(), mode) != 0) detail::throw_errno_exception(errno, path8, {});
+    if (change(path8.c_str(), mode) != 0) detail::throw_errno_exception(errno, path8.c_str(), {});
 }
 
 }  // namespace

@@ -79,22 +79,23 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
 
 /// The error number for what Boost would not survive or the file would not, else 0. Boost opens
 /// before it looks: a pipe blocks it for ever, and a target is empty before it is compared.
-int refusal(std::string const& from8, std::string const& to8, bool overwrite) noexcept {
+int refusal(char const* from8, char const* to8, bool overwrite) noexcept {
     struct stat source;
-    if (::stat(from8.c_str(), &source) != 0) return 0;
+    if (::stat(from8, &source) != 0) return 0;
     if (S_ISFIFO(source.st_mode)) return ENOSYS;
     struct stat target;
-    if (!overwrite || ::stat(to8.c_str(), &target) != 0) return 0;
+    if (!overwrite || ::stat(to8, &target) != 0) return 0;
     if (S_ISFIFO(target.st_mode)) return ENOSYS;
     bool const onto_itself = file_identity(source) == file_identity(target);
     return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
 }
 
 void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite) {
-    std::string const from8 = system_path(from);
-    std::string const to8 = system_path(to);
-    error_code ec(refusal(from8, to8, overwrite), boost::system::system_category());
-    if (!ec.failed()) boost_fs::copy_file(from8, to8, file_copy_options(overwrite), ec);
+    system_path const from8(from);
+    system_path const to8(to);
+    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite), boost::system::system_category());
+    if (!ec.failed())
+        boost_fs::copy_file(from8.c_str(), to8.c_str(), file_copy_options(overwrite), ec);
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
@@ -125,7 +126,7 @@ void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_o
 // Links
 
 /// The text of the link at `path8`.
-std::u16string link_target(std::string const& path8) {
+std::u16string link_target(char const* path8) {
     std::u16string target = read_link_target(path8);
     if (target.empty()) throw_invalid_argument("Target of the symbolic link does not exist");
     return target;
@@ -134,13 +135,13 @@ std::u16string link_target(std::string const& path8) {
 void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(from);
     reject_empty_path(to);
-    std::string const from8 = system_path(from);
-    file_status const source = read_status(&::lstat, from8);
+    system_path const from8(from);
+    file_status const source = read_status(&::lstat, from8.c_str());
     // Deliberately without the path, as in `copy`.
-    if (source.type == file_status::file_not_found) throw_cloneable(PathNotFound({}));
+    if (source.type == file_status::file_not_found) throw cloneable(PathNotFound({}));
     if (source.type != file_status::symlink_file)
         throw_invalid_argument("Non-symbolic link file is not permitted");
-    make_link(link_target(from8), to, file_status::file_type_auto);
+    make_link(link_target(from8.c_str()), to, file_status::file_type_auto);
 }
 
 // Directories
@@ -151,10 +152,10 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
 void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(from);
     reject_empty_path(to);
-    std::string const from8 = system_path(from);
-    std::string const to8 = system_path(to);
+    system_path const from8(from);
+    system_path const to8(to);
     error_code ec;
-    boost_fs::create_directory(to8, from8, ec);
+    boost_fs::create_directory(to8.c_str(), from8.c_str(), ec);
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
@@ -180,12 +181,12 @@ void copy_directory_contents(std::u16string const& from, std::u16string const& t
     if (!has(options, copy_option::recursive)) return copy_directory(from, to);
 
     bool const to_exists = exists(to);
-    if (to_exists && !has(options, existence_options)) throw_cloneable(FileExistsError(to));
+    if (to_exists && !has(options, existence_options)) throw cloneable(FileExistsError(to));
 
-    std::string const to8 = system_path(native_text(to));
+    std::string const to8 = system_path(native_text(to)).string();
     std::vector<file_identity> above_to;
-    copied_directory listed{system_path(native_text(from)), {}, &above_to, outer};
-    listed.identity = identify(listed.path8);
+    copied_directory listed{system_path(native_text(from)).string(), {}, &above_to, outer};
+    listed.identity = identify(listed.path8.c_str());
     // A directory that is made beside others lies where its parent does.
     if (outer == nullptr || to_exists)
         above_to = directories_above(to8);
@@ -201,17 +202,17 @@ void copy_directory_contents(std::u16string const& from, std::u16string const& t
 // Anything
 
 /// Copies what the link `from` points to.
-void copy_followed(std::u16string const& from, std::string const& from8, std::u16string const& to,
+void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
                    copy_option options, copied_directory const* outer) {
     std::u16string const target = link_target(from8);
     // Deliberately looked up as it stands: a relative target counts from the working directory, and
     // of a link to a link nothing is copied.
-    std::string const target8 = system_path(target);
-    file_status const found = read_status(&::lstat, target8);
-    if (found.type == file_status::file_not_found) throw_cloneable(PathNotFound(from));
+    system_path const target8(target);
+    file_status const found = read_status(&::lstat, target8.c_str());
+    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
     if (found.type == file_status::regular_file) return copy_file_impl(target, to, options);
     if (found.type != file_status::directory_file) return;
-    auto const identity = identify(system_path(native_text(target)));
+    auto const identity = identify(system_path(native_text(target)).c_str());
     for (copied_directory const* above = outer; above != nullptr; above = above->outer)
         if (identity && identity == above->identity) throw_errno_exception(ELOOP, from8, {});
     copy_directory_contents(target, to, options, outer);
@@ -221,14 +222,14 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
               copied_directory const* outer) {
     reject_empty_path(from);
     reject_empty_path(to);
-    std::string const from8 = system_path(from);
-    switch (read_status(&::lstat, from8).type) {
+    system_path const from8(from);
+    switch (read_status(&::lstat, from8.c_str()).type) {
         case file_status::file_not_found:
-            throw_cloneable(PathNotFound({}));  // deliberately without the path
+            throw cloneable(PathNotFound({}));  // deliberately without the path
         case file_status::symlink_file:
             if (has(options, copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
             if (has(options, copy_option::skip_symlinks)) return;
-            return copy_followed(from, from8, to, options, outer);
+            return copy_followed(from, from8.c_str(), to, options, outer);
         case file_status::regular_file: return copy_file_impl(from, to, options);
         case file_status::directory_file: return copy_directory_contents(from, to, options, outer);
         default: throw_invalid_argument("Unsupported file type");

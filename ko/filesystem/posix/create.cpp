@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/posix/link_maker.hpp>
@@ -22,27 +23,26 @@ int make_directory(char const* path8) noexcept {
     return ::mkdir(path8, 0775) == 0 ? 0 : errno;
 }
 
-void reject_root(std::string const& path8) {
+void reject_root(std::string_view path8) {
     if (path8 == "/") detail::throw_errno_exception(EEXIST, path8, {});
 }
 
 void create_directory_impl(std::u16string const& native) {
-    std::string const path8 = detail::system_path(native);
-    reject_root(path8);
+    detail::system_path const path8(native);
+    reject_root(path8.c_str());
     int const error = make_directory(path8.c_str());
-    if (error != 0) detail::throw_errno_exception(error, path8, {});
+    if (error != 0) detail::throw_errno_exception(error, path8.c_str(), {});
 }
 
 void create_directories_impl(std::u16string const& native) {
     detail::reject_empty_path(native);
-    std::string path8 = detail::system_path(native);
+    std::string path8 = detail::system_path(native).string();
     reject_root(path8);
     for (std::size_t end = path8.find('/', 1); end != path8.npos; end = path8.find('/', end + 1)) {
         path8[end] = '\0';  // the prefix, in place
         int const error = make_directory(path8.c_str());
         // Whatever stands there passes, even a file: the step below it finds out.
-        if (error != 0 && error != EEXIST)
-            detail::throw_errno_exception(error, path8.substr(0, end), {});
+        if (error != 0 && error != EEXIST) detail::throw_errno_exception(error, path8.c_str(), {});
         path8[end] = '/';
     }
     int const error = make_directory(path8.c_str());

@@ -42,15 +42,15 @@ bool detail::set_cwd_mt(std::string const& path8) {
 }
 
 std::u16string get_current_path() {
-    return detail::make_native_form(detail::from_filesystem_strict(detail::get_cwd_mt()),
-                                    /*expand_tilde=*/true);
+    std::u16string const path = detail::from_filesystem_strict(detail::get_cwd_mt());
+    return detail::make_native_form(path, /*expand_tilde=*/true);
 }
 
 bool change_current_path(upath const& p) {
-    return !p.empty() && detail::set_cwd_mt(detail::system_path(p.native()));
+    return !p.empty() && detail::set_cwd_mt(detail::system_path(p.native()).string());
 }
 bool change_current_path(std::u16string const& p) {
-    return !p.empty() && detail::set_cwd_mt(detail::system_path(detail::native_text(p)));
+    return !p.empty() && detail::set_cwd_mt(detail::system_path(detail::native_text(p)).string());
 }
 
 }  // namespace ko::filesystem

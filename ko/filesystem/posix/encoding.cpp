@@ -1,11 +1,10 @@
 #include <ko/filesystem/posix/encoding.hpp>
 
-#include <cstddef>
 #include <string_view>
-#include <type_traits>
 
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/text_scan.hpp>
 #include <ko/filesystem/posix/iconv_converter.hpp>
 
 namespace ko::filesystem {
@@ -14,37 +13,14 @@ namespace {
 
 using posix::detail::malformed;
 
-constexpr std::size_t fast_path_limit = 259;
-
-/// The conversion of a text that is short and ASCII, as most paths are, without iconv. One pass
-/// without a branch, so that the compiler makes vector code of it.
-template <class From, class To>
-class short_ascii {
-public:
-    explicit short_ascii(std::basic_string<From> const& s) noexcept : size_(s.size()) {
-        using unit_type = std::conditional_t<sizeof(From) == 1, unsigned char, char16_t>;
-        if (s.size() > fast_path_limit) return;
-        unit_type all_bits = 0;
-        for (std::size_t i = 0; i != s.size(); ++i) {
-            auto const unit = static_cast<unit_type>(s[i]);
-            all_bits = static_cast<unit_type>(all_bits | unit);
-            converted_[i] = static_cast<To>(unit);
-        }
-        succeeded_ = all_bits < 0x80;
-    }
-
-    /// Whether the text was short and ASCII.
-    explicit operator bool() const noexcept { return succeeded_; }
-    std::basic_string<To> text() const { return {converted_, size_}; }
-
-private:
-    std::size_t size_;
-    bool succeeded_ = false;
-    To converted_[fast_path_limit];
-};
+/// Whether the conversion of `s` needs no iconv, each unit becoming one, as most paths do.
+template <class CharT>
+bool is_short_ascii(std::basic_string<CharT> const& s) noexcept {
+    return s.size() <= posix::detail::fast_path_limit && detail::is_ascii<CharT>(s);
+}
 
 std::u16string from_utf8(std::string const& s, malformed policy) {
-    if (short_ascii<char, char16_t> const ascii(s); ascii) return ascii.text();
+    if (is_short_ascii(s)) return {s.begin(), s.end()};
     auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
     std::u16string result;
     if (!posix::detail::decode(s, converter, policy, result)) result.clear();
@@ -56,7 +32,7 @@ std::u16string from_utf8(std::string const& s, malformed policy) {
 std::string posix::detail::to_filesystem_native_impl(std::u16string const& s, char const* tocode) {
     static std::string_view const subst_chars =
         std::string_view(tocode) == "UTF-8" ? "\xEF\xBF\xBD" : "\x1A";
-    if (short_ascii<char16_t, char> const ascii(s); ascii) return ascii.text();
+    if (is_short_ascii(s)) return {s.begin(), s.end()};
     auto const converter = get_thread_local_iconv_converter<1>(tocode, "UTF-16LE");
     std::string result;
     if (!encode(s, converter, subst_chars, result)) result.clear();

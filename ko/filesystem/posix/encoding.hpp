@@ -1,10 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace ko::filesystem {
 
 namespace posix::detail {
+
+/// ASCII text of up to so many units is converted without iconv.
+constexpr std::size_t fast_path_limit = 259;
 
 /// `s` in the encoding `tocode`; empty when it can't be converted. The library always asks for
 /// "UTF-8". What replaces a bad unit is settled by the first call in the process: U+FFFD for

@@ -18,12 +18,12 @@ namespace {
 bool equivalent_impl(std::u16string const& a, std::u16string const& b) {
     if (a.empty()) detail::reject_empty_path(b);
     if (a.empty() || b.empty()) return false;
-    std::string const a8 = detail::system_path(a);
-    std::string const b8 = detail::system_path(b);
-    if (a8.empty() && b8.empty()) detail::throw_cloneable(PathNotFound({}));
+    detail::system_path const a8(a);
+    detail::system_path const b8(b);
+    if (a8.empty() && b8.empty()) throw detail::cloneable(PathNotFound({}));
     if (a8.empty() || b8.empty()) return false;
     boost::system::error_code ec;
-    bool const same = boost::filesystem::equivalent(a8, b8, ec);
+    bool const same = boost::filesystem::equivalent(a8.c_str(), b8.c_str(), ec);
     if (ec.failed()) detail::throw_copy_error_code_exception(ec, a, b);
     return same;
 }

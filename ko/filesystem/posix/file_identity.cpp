@@ -43,9 +43,9 @@ std::string deepest_existing(std::string const& path8) {
 
 }  // namespace
 
-std::optional<file_identity> identify(std::string const& path8) noexcept {
+std::optional<file_identity> identify(char const* path8) noexcept {
     struct stat found;
-    if (::stat(path8.c_str(), &found) != 0) return std::nullopt;
+    if (::stat(path8, &found) != 0) return std::nullopt;
     return file_identity(found);
 }
 
@@ -57,7 +57,7 @@ std::vector<file_identity> directories_above(std::string const& path8) {
         throw_errno_exception(errno, path8, {});
     // Of a real path, what is left without the last name is the directory above.
     for (std::string place = buffer; !place.empty();) {
-        if (auto const identity = identify(place)) result.push_back(*identity);
+        if (auto const identity = identify(place.c_str())) result.push_back(*identity);
         place.resize(place == "/" ? 0 : std::max<std::size_t>(place.rfind('/'), 1));
     }
     return result;

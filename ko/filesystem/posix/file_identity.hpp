@@ -22,7 +22,7 @@ struct file_identity {
 };
 
 /// Of what is at `path8`, links followed; none when stat fails.
-std::optional<file_identity> identify(std::string const& path8) noexcept;
+std::optional<file_identity> identify(char const* path8) noexcept;
 
 /// The directories that `path8` is or would lie in, up to the root: `path8` itself, if it is one, or
 /// the deepest that exists once ".." has taken back missing ones, and all above it by their real path.

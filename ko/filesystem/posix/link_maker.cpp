@@ -19,13 +19,13 @@ void make_link(std::u16string const& target, std::u16string const& link, unsigne
     if (type != file_status::file_type_auto && type != file_status::regular_file &&
         type != file_status::directory_file)
         throw_invalid_argument("Unsupported file type");
-    std::string const target8 = system_path(target);
-    std::string const link8 = system_path(link);
+    system_path const target8(target);
+    system_path const link8(link);
     // Deliberately without the path, unlike what symlink reports of a dangling link there.
-    if (exists_by_stat(link8)) throw_cloneable(FileExistsError({}));
+    if (exists_by_stat(link8.c_str())) throw cloneable(FileExistsError({}));
     // The target comes first in the report: it is the text that was to be stored.
     if (::symlink(target8.c_str(), link8.c_str()) != 0)
-        throw_errno_exception(errno, target8, link8);
+        throw_errno_exception(errno, target8.c_str(), link8.c_str());
 }
 
 }  // namespace ko::filesystem::detail

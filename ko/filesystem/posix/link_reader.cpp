@@ -23,17 +23,17 @@ std::size_t checked_length(ssize_t length) {
     try {
         return boost::numeric_cast<std::size_t>(length);
     } catch (boost::numeric::bad_numeric_cast const&) {
-        throw_cloneable(SystemError({}, {}, ENAMETOOLONG));
+        throw cloneable(SystemError({}, {}, ENAMETOOLONG));
     }
 }
 
 }  // namespace
 
-std::string read_link_bytes(std::string const& path8) {
+std::string read_link_bytes(char const* path8) {
     std::string buffer;
     for (;;) {
         buffer.resize(buffer.size() + buffer_step);
-        ssize_t const result = ::readlink(path8.c_str(), buffer.data(), buffer.size());
+        ssize_t const result = ::readlink(path8, buffer.data(), buffer.size());
         if (result == -1) throw_errno_exception(errno, path8, {});
         std::size_t const length = checked_length(result);
         if (length == buffer.size()) continue;  // it may have been cut
@@ -42,7 +42,7 @@ std::string read_link_bytes(std::string const& path8) {
     }
 }
 
-std::u16string read_link_target(std::string const& path8) {
+std::u16string read_link_target(char const* path8) {
     return from_filesystem_strict(read_link_bytes(path8));
 }
 

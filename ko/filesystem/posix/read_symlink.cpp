@@ -9,7 +9,7 @@ namespace {
 
 std::u16string read_symlink_impl(std::u16string const& native) {
     if (native.empty()) return {};
-    return detail::read_link_target(detail::system_path(native));
+    return detail::read_link_target(detail::system_path(native).c_str());
 }
 
 }  // namespace

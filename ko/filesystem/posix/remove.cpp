@@ -28,22 +28,22 @@ using detail::native_text;
 using detail::throw_errno_exception;
 using traits = pathname_traits<char>;
 
-void remove_by(int (*call)(char const*), std::string const& path8) {
-    if (call(path8.c_str()) != 0) throw_errno_exception(errno, path8, {});
+void remove_by(int (*call)(char const*), char const* path8) {
+    if (call(path8) != 0) throw_errno_exception(errno, path8, {});
 }
 
-void unlink_path(std::string const& path8) {
-    if (::unlink(path8.c_str()) == 0) return;
+void unlink_path(char const* path8) {
+    if (::unlink(path8) == 0) return;
     // EPERM is what macOS says of a directory; the caller is to hear the same as on Linux.
     throw_errno_exception(errno == EPERM ? EISDIR : errno, path8, {});
 }
 
-bool is_directory(std::string const& path8) {
+bool is_directory(char const* path8) {
     struct stat found;
-    if (::lstat(path8.c_str(), &found) != 0) {
+    if (::lstat(path8, &found) != 0) {
         int const error = errno;
         // Deliberately without the path, unlike what the removals report that don't look first.
-        if (error == ENOENT) detail::throw_cloneable(PathNotFound({}));
+        if (error == ENOENT) throw detail::cloneable(PathNotFound({}));
         throw_errno_exception(error, path8, {});
     }
     return detail::translated_type(found.st_mode) == file_status::directory_file;
@@ -77,7 +77,7 @@ int remove_entries(int base, std::string& dir) {
         if (detail::algorithm::is_dot_name<char>(entry->d_name)) continue;
         dir += traits::PATHNAME_SEPARATOR_CHARACTER;
         dir += entry->d_name;
-        bool const descend = is_directory(dir);
+        bool const descend = is_directory(dir.c_str());
         dir[dir_length] = '\0';  // the directory itself once more, in place
         verdict = directory_verdict(base, dir.c_str());
         dir[dir_length] = traits::PATHNAME_SEPARATOR_CHARACTER;
@@ -85,7 +85,7 @@ int remove_entries(int base, std::string& dir) {
         if (descend)
             remove_tree(base, dir);
         else
-            remove_by(&::unlink, dir);
+            remove_by(&::unlink, dir.c_str());
         dir.resize(dir_length);
     }
     dir.resize(dir_length);
@@ -98,7 +98,7 @@ void remove_tree(int base, std::string& dir) {
     int verdict = directory_verdict(base, dir.c_str());
     if (verdict == 0) verdict = remove_entries(base, dir);
     switch (verdict) {
-        case 0: return remove_by(&::rmdir, dir);
+        case 0: return remove_by(&::rmdir, dir.c_str());
         case ENOENT: return;  // someone else has removed it
         case ENOTDIR:
         case ELOOP:  // O_NOFOLLOW has met a link
@@ -110,25 +110,25 @@ void remove_tree(int base, std::string& dir) {
 
 void remove_impl(std::u16string const& native) {
     if (native.empty()) return;
-    std::string const path8 = detail::system_path(native);
-    remove_by(is_directory(path8) ? &::rmdir : &::unlink, path8);
+    detail::system_path const path8(native);
+    remove_by(is_directory(path8.c_str()) ? &::rmdir : &::unlink, path8.c_str());
 }
 
 void remove_file_impl(std::u16string const& native) {
-    if (!native.empty()) unlink_path(detail::system_path(native));
+    if (!native.empty()) unlink_path(detail::system_path(native).c_str());
 }
 
 void remove_directory_impl(std::u16string const& native) {
-    if (!native.empty()) remove_by(&::rmdir, detail::system_path(native));
+    if (!native.empty()) remove_by(&::rmdir, detail::system_path(native).c_str());
 }
 
 void remove_all_impl(std::u16string const& native) {
     if (native.empty()) return;
-    std::string path8 = detail::system_path(native);
-    if (is_directory(path8))
+    std::string path8 = detail::system_path(native).string();
+    if (is_directory(path8.c_str()))
         remove_tree(AT_FDCWD, path8);
     else
-        remove_by(&::unlink, path8);
+        remove_by(&::unlink, path8.c_str());
 }
 
 void remove_impl(std::u16string const& native, unsigned int type) {

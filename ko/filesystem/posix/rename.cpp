@@ -47,17 +47,17 @@ void rename_impl(std::u16string const& from, std::u16string const& to,
                  rename_options const& options) {
     detail::reject_empty_path(from);
     detail::reject_empty_path(to);
-    std::string const from8 = detail::system_path(from);
-    std::string const to8 = detail::system_path(to);
+    detail::system_path const from8(from);
+    detail::system_path const to8(to);
     errno = 0;
     if (::rename(from8.c_str(), to8.c_str()) == 0) return;
     int error = errno;
-    if (error == EXDEV) error = move_across_devices(from8, to8, options);
+    if (error == EXDEV) error = move_across_devices(from8.string(), to8.string(), options);
     if (error == 0) return;
-    switch (detail::blame_for_rename(error, detail::from_filesystem_strict(from8))) {
-        case detail::blame::source: detail::throw_errno_exception(error, from8, {});
-        case detail::blame::destination: detail::throw_errno_exception(error, to8, {});
-        case detail::blame::both: detail::throw_errno_exception(error, from8, to8);
+    switch (detail::blame_for_rename(error, detail::from_filesystem_strict(from8.string()))) {
+        case detail::blame::source: detail::throw_errno_exception(error, from8.c_str(), {});
+        case detail::blame::destination: detail::throw_errno_exception(error, to8.c_str(), {});
+        case detail::blame::both: detail::throw_errno_exception(error, from8.c_str(), to8.c_str());
     }
 }
 

@@ -34,9 +34,13 @@ std::basic_string<CharT> absolute_text(std::basic_string<CharT> const& p,
     if (is_absolute<CharT>(p)) return p;
     if (!base.empty() && !is_absolute<CharT>(base))
         detail::throw_invalid_argument("Invalid Base Path");
-    std::basic_string<CharT> result = base.empty() ? current() : base;
-    if (result.empty()) return result;
-    result.reserve(result.size() + 1 + p.size());
+    std::basic_string<CharT> const current_base =
+        base.empty() ? current() : std::basic_string<CharT>();
+    std::basic_string<CharT> const& start = base.empty() ? current_base : base;
+    std::basic_string<CharT> result;
+    if (start.empty()) return result;
+    result.reserve(start.size() + 1 + p.size());
+    result = start;
     if (!detail::algorithm::is_separator(result.back()))
         result += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
     return result += p;
@@ -60,13 +64,13 @@ std::u16string real_path(std::string const& path8) {
 
 std::u16string canonical_impl(std::u16string const& p, std::u16string const& base) {
     // A path object's text may still begin with a tilde; here it is expanded.
-    std::string const p8 = detail::system_path(native_text(p));
-    std::string const base8 = detail::system_path(native_text(base));
+    detail::system_path const p8{native_text(p)};
+    detail::system_path const base8{native_text(base)};
     // What has no UTF-8 form must not be taken for the working directory.
-    if (p8.empty() || (base8.empty() && !base.empty())) detail::throw_cloneable(PathNotFound({}));
-    std::string const absolute8 = absolute_text(p8, base8, current_path8);
+    if (p8.empty() || (base8.empty() && !base.empty())) throw detail::cloneable(PathNotFound({}));
+    std::string const absolute8 = absolute_text(p8.string(), base8.string(), current_path8);
     // Deliberately without the path, unlike what realpath reports.
-    if (!detail::exists_by_stat(absolute8)) detail::throw_cloneable(PathNotFound({}));
+    if (!detail::exists_by_stat(absolute8.c_str())) throw detail::cloneable(PathNotFound({}));
     return real_path(absolute8);
 }
 

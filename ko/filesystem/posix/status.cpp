@@ -15,7 +15,7 @@ using detail::native_text;
 bool exists_impl(std::u16string const& native) {
     if (native.empty()) return false;
     try {
-        return detail::exists_by_stat(detail::system_path(native));
+        return detail::exists_by_stat(detail::system_path(native).c_str());
     } catch (PathNotFound const&) {
         return false;
     } catch (InvalidArgument const&) {
@@ -26,7 +26,7 @@ bool exists_impl(std::u16string const& native) {
 file_status status_impl(std::u16string const& native, detail::stat_function stat_or_lstat) {
     if (native.empty()) return {};
     try {
-        return detail::read_status(stat_or_lstat, detail::system_path(native));
+        return detail::read_status(stat_or_lstat, detail::system_path(native).c_str());
     } catch (PathNotFound const&) {
         return {};
     } catch (InvalidArgument const&) {
@@ -50,7 +50,7 @@ file_status symlink_status(std::u16string const& p) {
 file_status_light status_express_light(std::u16string const& p) {
     if (p.empty()) return {};
     try {
-        return detail::status_light_by_stat(detail::system_path(p));
+        return detail::status_light_by_stat(detail::system_path(p).c_str());
     } catch (InvalidArgument const&) {
         return {};  // U+0000: as if the system had said EINVAL, which means absent here
     }

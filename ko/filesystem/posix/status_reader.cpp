@@ -56,9 +56,9 @@ std::uint32_t translated_type(mode_t mode) noexcept {
     }
 }
 
-bool exists_by_stat(std::string const& path8) {
+bool exists_by_stat(char const* path8) {
     struct stat found;
-    if (::stat(path8.c_str(), &found) == 0) return true;
+    if (::stat(path8, &found) == 0) return true;
     if (means_absent(errno)) return false;
     throw_errno_exception(errno, path8, {});
 }
@@ -80,13 +80,13 @@ file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call
     return result;
 }
 
-file_status read_status(stat_function stat_or_lstat, std::string const& path8) {
-    return status_from_stat(boost::bind(stat_or_lstat, path8.c_str(), boost::placeholders::_1));
+file_status read_status(stat_function stat_or_lstat, char const* path8) {
+    return status_from_stat(boost::bind(stat_or_lstat, path8, boost::placeholders::_1));
 }
 
-file_status_light status_light_by_stat(std::string const& path8) {
+file_status_light status_light_by_stat(char const* path8) {
     struct stat found;
-    if (::stat(path8.c_str(), &found) != 0) {
+    if (::stat(path8, &found) != 0) {
         if (errno == ENOENT || errno == EINVAL) return {};
         throw_errno_exception(errno, path8, {});
     }

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cstdint>
-#include <string>
 
 #include <boost/function.hpp>
 
@@ -13,7 +12,7 @@ namespace ko::filesystem::detail {
 
 /// Whether stat finds something at `path8`; ENOENT and ENOTDIR mean that it does not.
 /// Throws the class of every other error number; path(): `path8`
-bool exists_by_stat(std::string const& path8);
+bool exists_by_stat(char const* path8);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;
@@ -25,10 +24,10 @@ file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call
 using stat_function = int (*)(char const*, struct stat*);
 
 /// The same for a call of `stat_or_lstat` on `path8`.
-file_status read_status(stat_function stat_or_lstat, std::string const& path8);
+file_status read_status(stat_function stat_or_lstat, char const* path8);
 
 /// What stat says of `path8`; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`
-file_status_light status_light_by_stat(std::string const& path8);
+file_status_light status_light_by_stat(char const* path8);
 
 }  // namespace ko::filesystem::detail

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+/// Questions about a whole text that every operation asks, which makes them worth vector code. It
+/// is written out, since compilers find it in the plain loop at their highest level only, or not at
+/// all.
+namespace ko::filesystem::detail {
+
+/// Sixteen bytes of a text, side by side.
+template <class CharT>
+struct text_block {
+    using unit = std::conditional_t<sizeof(CharT) == 1, std::uint8_t, std::uint16_t>;
+    using lanes [[gnu::vector_size(16)]] = unit;
+    static constexpr std::size_t size = 16 / sizeof(CharT);
+
+    static lanes load(CharT const* text) noexcept {
+        lanes block;
+        std::memcpy(&block, text, sizeof block);
+        return block;
+    }
+
+    /// Whether `look`, called with the start of each block of `text`, ever gives a bit of `mask`.
+    /// `text` fills one block at least; its last block overlaps the one before.
+    template <class Look>
+    static bool any(std::basic_string_view<CharT> text, unit mask, Look look) noexcept {
+        CharT const* const last = text.data() + text.size() - size;
+        lanes bits = look(last);
+        for (CharT const* block = text.data(); block < last; block += size) bits |= look(block);
+        bits &= mask;
+        std::uint64_t halves[2];
+        std::memcpy(halves, &bits, sizeof bits);
+        return (halves[0] | halves[1]) != 0;
+    }
+};
+
+/// Whether two of `c` follow each other.
+template <class CharT>
+bool has_doubled(std::basic_string_view<CharT> text, CharT c) noexcept {
+    using block = text_block<CharT>;
+    if (text.size() <= block::size) {
+        auto const both = [c](CharT a, CharT b) { return a == c && b == c; };
+        return std::adjacent_find(text.begin(), text.end(), both) != text.end();
+    }
+    auto const unit = static_cast<typename block::unit>(c);
+    auto const doubled = [unit](CharT const* p) ->
+        typename block::lanes { return (block::load(p) == unit) & (block::load(p + 1) == unit); };
+    return block::any(text.substr(0, text.size() - 1), static_cast<typename block::unit>(~0u),
+                      doubled);
+}
+
+/// Whether every unit of `text` is from U+0001 to U+007F.
+template <class CharT>
+bool is_ascii_without_zero(std::basic_string_view<CharT> text) noexcept {
+    using block = text_block<CharT>;
+    using unit = typename block::unit;
+    if (text.size() < block::size)
+        return std::all_of(text.begin(), text.end(),
+                           [](CharT c) { return static_cast<unit>(c - 1) < 0x7F; });
+    // What lies before zero has the upper bits too.
+    auto const bits = [](CharT const* p) { return block::load(p) | (block::load(p) - 1); };
+    return !block::any(text, static_cast<unit>(~0x7Fu), bits);
+}
+
+/// Whether every unit of `text` is below U+0080.
+template <class CharT>
+bool is_ascii(std::basic_string_view<CharT> text) noexcept {
+    using block = text_block<CharT>;
+    using unit = typename block::unit;
+    if (text.size() < block::size)
+        return std::all_of(text.begin(), text.end(),
+                           [](CharT c) { return static_cast<unit>(c) < 0x80; });
+    return !block::any(text, static_cast<unit>(~0x7Fu), block::load);
+}
+
+}  // namespace ko::filesystem::detail
