@@ -79,7 +79,9 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
 
 /// The error number for what Boost would not survive or the file would not, else 0. Boost opens
 /// before it looks: a pipe blocks it for ever, and a target is empty before it is compared.
-int refusal(char const* from8, char const* to8, bool overwrite) noexcept {
+/// `is_regular` when that much is known of the source.
+int refusal(char const* from8, char const* to8, bool overwrite, bool is_regular) noexcept {
+    if (is_regular && !overwrite) return 0;
     struct stat source;
     if (::stat(from8, &source) != 0) return 0;
     if (S_ISFIFO(source.st_mode)) return ENOSYS;
@@ -90,10 +92,12 @@ int refusal(char const* from8, char const* to8, bool overwrite) noexcept {
     return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
 }
 
-void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite) {
+void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite,
+                        bool is_regular) {
     system_path const from8(from);
     system_path const to8(to);
-    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite), boost::system::system_category());
+    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite, is_regular),
+                  boost::system::system_category());
     if (!ec.failed())
         boost_fs::copy_file(from8.c_str(), to8.c_str(), file_copy_options(overwrite), ec);
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
@@ -108,18 +112,19 @@ bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
            target.last_write_time >= source.last_write_time;
 }
 
-void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options) {
+void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options,
+                    bool is_regular) {
     reject_empty_path(from);
     reject_empty_path(to);
     if (has(options, copy_option::skip_existing)) {
         // All other options are dropped, create_symlinks included.
-        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false);
+        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false, is_regular);
     } else if (has(options, copy_option::update_existing)) {
-        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true);
+        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true, is_regular);
     } else if (has(options, copy_option::create_symlinks)) {
         create_symlink(from, to, file_status::file_type_auto);
     } else {
-        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists));
+        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists), is_regular);
     }
 }
 
@@ -210,7 +215,8 @@ void copy_followed(std::u16string const& from, char const* from8, std::u16string
     system_path const target8(target);
     file_status const found = read_status(&::lstat, target8.c_str());
     if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
-    if (found.type == file_status::regular_file) return copy_file_impl(target, to, options);
+    if (found.type == file_status::regular_file)
+        return copy_file_impl(target, to, options, /*is_regular=*/true);
     if (found.type != file_status::directory_file) return;
     auto const identity = identify(system_path(native_text(target)).c_str());
     for (copied_directory const* above = outer; above != nullptr; above = above->outer)
@@ -230,7 +236,8 @@ void copy_any(std::u16string const& from, std::u16string const& to, copy_option 
             if (has(options, copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
             if (has(options, copy_option::skip_symlinks)) return;
             return copy_followed(from, from8.c_str(), to, options, outer);
-        case file_status::regular_file: return copy_file_impl(from, to, options);
+        case file_status::regular_file:
+            return copy_file_impl(from, to, options, /*is_regular=*/true);
         case file_status::directory_file: return copy_directory_contents(from, to, options, outer);
         default: throw_invalid_argument("Unsupported file type");
     }
@@ -253,11 +260,11 @@ void copy(std::u16string const& from, std::u16string const& to, copy_option opti
 
 void copy_file(upath const& from, upath const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options);
+    detail::copy_file_impl(native_text(from), native_text(to), options, /*is_regular=*/false);
 }
 void copy_file(std::u16string const& from, std::u16string const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options);
+    detail::copy_file_impl(native_text(from), native_text(to), options, /*is_regular=*/false);
 }
 
 void copy_directory(upath const& from, upath const& to) {

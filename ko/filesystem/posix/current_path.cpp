@@ -8,6 +8,7 @@
 
 #include <ko/filesystem/detail/current_directory.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/handles.hpp>
@@ -42,7 +43,8 @@ bool detail::set_cwd_mt(std::string const& path8) {
 }
 
 std::u16string get_current_path() {
-    std::u16string const path = detail::from_filesystem_strict(detail::get_cwd_mt());
+    std::u16string path = detail::from_filesystem_strict(detail::get_cwd_mt());
+    if (detail::algorithm::is_native_form<char16_t>(path, /*expand_tilde=*/true)) return path;
     return detail::make_native_form(path, /*expand_tilde=*/true);
 }
 

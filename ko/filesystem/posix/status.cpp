@@ -2,6 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <optional>
+#include <string>
+
+#include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
@@ -23,15 +28,23 @@ bool exists_impl(std::u16string const& native) {
     }
 }
 
-file_status status_impl(std::u16string const& native, detail::stat_function stat_or_lstat) {
-    if (native.empty()) return {};
-    try {
-        return detail::read_status(stat_or_lstat, detail::system_path(native).c_str());
-    } catch (PathNotFound const&) {
-        return {};
-    } catch (InvalidArgument const&) {
-        return {};
-    }
+template <class Path>
+[[gnu::noinline]] std::optional<int> try_status(Path const& p, detail::stat_function stat_or_lstat,
+                                                file_status& result) try {
+    native_text const native(p);
+    if (native.empty()) return std::nullopt;
+    return detail::try_status(stat_or_lstat, detail::system_path(native).c_str(), result);
+} catch (InvalidArgument const&) {
+    return EINVAL;  // U+0000, as if the system had said so
+}
+
+template <class Path>
+file_status status_impl(Path const& p, detail::stat_function stat_or_lstat) {
+    file_status result;
+    auto const error = try_status(p, stat_or_lstat, result);
+    // By now nothing is left for the unwinding to destroy, which would cost more than the report.
+    if (error && *error != EINVAL) detail::throw_errno_exception(*error, {}, {});
+    return result;
 }
 
 }  // namespace
@@ -39,13 +52,11 @@ file_status status_impl(std::u16string const& native, detail::stat_function stat
 bool exists(upath const& p) { return exists_impl(native_text(p)); }
 bool exists(std::u16string const& p) { return exists_impl(native_text(p)); }
 
-file_status status(upath const& p) { return status_impl(native_text(p), &::stat); }
-file_status status(std::u16string const& p) { return status_impl(native_text(p), &::stat); }
+file_status status(upath const& p) { return status_impl(p, &::stat); }
+file_status status(std::u16string const& p) { return status_impl(p, &::stat); }
 
-file_status symlink_status(upath const& p) { return status_impl(native_text(p), &::lstat); }
-file_status symlink_status(std::u16string const& p) {
-    return status_impl(native_text(p), &::lstat);
-}
+file_status symlink_status(upath const& p) { return status_impl(p, &::lstat); }
+file_status symlink_status(std::u16string const& p) { return status_impl(p, &::lstat); }
 
 file_status_light status_express_light(std::u16string const& p) {
     if (p.empty()) return {};

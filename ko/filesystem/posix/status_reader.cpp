@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 #include <boost/bind/bind.hpp>
 #include <boost/date_time/posix_time/ptime.hpp>
@@ -63,25 +64,40 @@ bool exists_by_stat(char const* path8) {
     throw_errno_exception(errno, path8, {});
 }
 
-file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call) {
+namespace {
+
+/// Reads what `stat_call` says into `result`, and gives the error number of a failure to report.
+template <class StatCall>
+std::optional<int> read_by(StatCall const& stat_call, file_status& result) {
     struct stat found;
     errno = 0;
     if (stat_call(&found) != 0) {
-        if (errno == ENOENT) return {};
-        throw_errno_exception(errno, {}, {});
+        int const error = errno;
+        return error == ENOENT ? std::nullopt : std::optional<int>(error);
     }
-    file_status result;
     result.type = translated_type(found.st_mode);
     result.permissions = found.st_mode & 0xFFF;
     result.last_access_time = to_ptime(access_time(found));
     result.last_write_time = to_ptime(write_time(found));
     result.last_status_change_time = to_ptime(status_change_time(found));
     result.size = static_cast<std::uint64_t>(found.st_size);
+    return std::nullopt;
+}
+
+}  // namespace
+
+file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call) {
+    file_status result;
+    if (auto const error = read_by(stat_call, result)) throw_errno_exception(*error, {}, {});
     return result;
 }
 
 file_status read_status(stat_function stat_or_lstat, char const* path8) {
     return status_from_stat(boost::bind(stat_or_lstat, path8, boost::placeholders::_1));
+}
+
+std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result) {
+    return read_by([=](struct stat* found) { return stat_or_lstat(path8, found); }, result);
 }
 
 file_status_light status_light_by_stat(char const* path8) {

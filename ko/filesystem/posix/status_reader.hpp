@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <optional>
 
 #include <boost/function.hpp>
 
@@ -25,6 +26,9 @@ using stat_function = int (*)(char const*, struct stat*);
 
 /// The same for a call of `stat_or_lstat` on `path8`.
 file_status read_status(stat_function stat_or_lstat, char const* path8);
+
+/// The same in `result`, a new one; instead of throwing gives the error number.
+std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result);
 
 /// What stat says of `path8`; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`
