@@ -2,9 +2,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 #include <boost/filesystem/path.hpp>
@@ -14,8 +16,20 @@
 
 namespace ko_bench {
 
-/// One job, timed four ways in the same run, as "job/ko", "job/std", "job/boost" and "job/limit":
-/// this library, its peers from the same UTF-16 text, and what can't be beaten.
+/// One way of doing one job, for the program that counts instead of timing.
+struct counted_way {
+    std::string job, way;
+    std::function<void()> prepare, act;
+    bool is_large;
+};
+
+inline std::vector<counted_way>& counted_ways() {
+    static std::vector<counted_way> ways;
+    return ways;
+}
+
+/// One job, done several ways in the same run: "job/ko" by this library, "job/std" and "job/boost"
+/// by its peers from the same UTF-16 text, "job/limit" by the least that must be done.
 class job {
 public:
     /// Ends the program unless `answer_is_right`: what is timed must be what is meant.
@@ -23,6 +37,24 @@ public:
         if (answer_is_right) return;
         std::fprintf(stderr, "%s: the answer is wrong\n", name_.c_str());
         std::exit(1);
+    }
+
+    /// The ratio to the limit that is aimed at.
+    job& target(double ratio) {
+        char text[16];
+        std::snprintf(text, sizeof text, "%.2f", ratio);
+        benchmark::AddCustomContext("target: " + name_, text);
+        return *this;
+    }
+    /// What is done, untimed, before each run of the ways that follow.
+    job& before(std::function<void()> prepare) {
+        prepare_ = std::move(prepare);
+        return *this;
+    }
+    /// Too much to count its instructions, which are stepped through one by one.
+    job& large() {
+        is_large_ = true;
+        return *this;
     }
 
     template <class Action>
@@ -37,34 +69,61 @@ public:
     job& boost(Action action) {
         return add("boost", action);
     }
-    /// The system calls that the operation must make, on ready UTF-8; for text, a copy of it.
+    /// The system calls that the operation must make, on ready UTF-8; for text, a copy of the
+    /// result.
     template <class Action>
     job& limit(Action action) {
         return add("limit", action);
     }
-    /// On that many threads at once, in the way added last.
-    job& threads(int count) {
-        last_->Threads(count)->UseRealTime();
+    /// The limit and one bare iconv call for each path that isn't ASCII.
+    template <class Action>
+    job& floor(Action action) {
+        return add("floor", action);
+    }
+    /// By this library, on one, two and four threads at once.
+    template <class Action>
+    job& threads(Action action) {
+        for (int const count : {1, 2, 4}) add("ko", action)->Threads(count)->UseRealTime();
         return *this;
     }
 
 private:
+    struct added {
+        job* self;
+        benchmark::internal::Benchmark* timed;
+        operator job&() const { return *self; }
+        benchmark::internal::Benchmark* operator->() const { return timed; }
+    };
+
     template <class Action>
-    job& add(char const* way, Action action) {
-        auto const run = [action](benchmark::State& state) {
+    added add(char const* way, Action action) {
+        auto const run = [action, prepare = prepare_](benchmark::State& state) {
             for (auto _ : state) {
+                if (prepare) {
+                    state.PauseTiming();
+                    prepare();
+                    state.ResumeTiming();
+                }
                 if constexpr (std::is_void_v<decltype(action())>)
                     action();
                 else
                     benchmark::DoNotOptimize(action());
             }
         };
-        last_ = benchmark::RegisterBenchmark((name_ + '/' + way).c_str(), run);
-        return *this;
+        auto const act = [action] {
+            if constexpr (std::is_void_v<decltype(action())>)
+                action();
+            else
+                benchmark::DoNotOptimize(action());
+        };
+        auto const prepare = prepare_ ? prepare_ : [] {};
+        counted_ways().push_back({name_, way, prepare, act, is_large_});
+        return {this, benchmark::RegisterBenchmark((name_ + '/' + way).c_str(), run)};
     }
 
     std::string name_;
-    benchmark::internal::Benchmark* last_ = nullptr;
+    std::function<void()> prepare_;
+    bool is_large_ = false;
 };
 
 /// The path that a caller of Boost.Filesystem makes of UTF-16 text.
@@ -72,10 +131,15 @@ inline boost::filesystem::path boost_path(std::u16string const& text) {
     return boost::locale::conv::utf_to_utf<char>(text);
 }
 
-// Each family of jobs; `scratch` is an empty directory on a memory file system, where there is one.
+/// Makes a scratch directory on a memory file system, where there is one, adds all jobs, and calls
+/// `run` with the directory. Gives what `main` is to return.
+int with_all_jobs(std::function<bool(std::string const& scratch)> const& run) noexcept;
+
+// Each family of jobs; `scratch` is an empty directory.
 void add_encoding_jobs();
 void add_path_text_jobs();
 void add_status_jobs(std::u16string const& scratch);
 void add_operation_jobs(std::u16string const& scratch);
+void add_tree_jobs(std::u16string const& scratch);
 
 }  // namespace ko_bench

@@ -15,11 +15,11 @@ using posix::detail::malformed;
 
 /// Whether the conversion of `s` needs no iconv, each unit becoming one, as most paths do.
 template <class CharT>
-bool is_short_ascii(std::basic_string<CharT> const& s) noexcept {
-    return s.size() <= posix::detail::fast_path_limit && detail::is_ascii<CharT>(s);
+bool is_short_ascii(std::basic_string_view<CharT> s) noexcept {
+    return s.size() <= posix::detail::fast_path_limit && detail::is_ascii(s);
 }
 
-std::u16string from_utf8(std::string const& s, malformed policy) {
+std::u16string from_utf8(std::string_view s, malformed policy) {
     if (is_short_ascii(s)) return {s.begin(), s.end()};
     auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
     std::u16string result;
@@ -32,7 +32,7 @@ std::u16string from_utf8(std::string const& s, malformed policy) {
 std::string posix::detail::to_filesystem_native_impl(std::u16string const& s, char const* tocode) {
     static std::string_view const subst_chars =
         std::string_view(tocode) == "UTF-8" ? "\xEF\xBF\xBD" : "\x1A";
-    if (is_short_ascii(s)) return {s.begin(), s.end()};
+    if (is_short_ascii<char16_t>(s)) return {s.begin(), s.end()};
     auto const converter = get_thread_local_iconv_converter<1>(tocode, "UTF-16LE");
     std::string result;
     if (!encode(s, converter, subst_chars, result)) result.clear();
@@ -57,7 +57,7 @@ std::u16string from_filesystem(std::string const& s) {
     return from_utf8(s, malformed::replace_bytes);
 }
 
-std::u16string from_filesystem_strict(std::string const& s) {
+std::u16string from_filesystem_strict(std::string_view s) {
     return from_utf8(s, malformed::reject);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace ko::filesystem {
 
@@ -21,7 +22,7 @@ namespace detail {
 
 /// The UTF-8 text `s` as UTF-16; empty when any of it is malformed. For every name that the system
 /// hands out and the caller will use: with bytes replaced it would name something else.
-std::u16string from_filesystem_strict(std::string const& s);
+std::u16string from_filesystem_strict(std::string_view s);
 
 }  // namespace detail
 

@@ -41,7 +41,7 @@ constexpr std::size_t work_buffer_bytes = 1024;
 class conversion {
 public:
     template <class CharT>
-    conversion(std::basic_string<CharT> const& input, iconv_t converter) noexcept
+    conversion(std::basic_string_view<CharT> input, iconv_t converter) noexcept
         : converter_(converter),
           // iconv takes the input as char** for historical reasons and only reads it.
           input_(const_cast<char*>(reinterpret_cast<char const*>(input.data()))),
@@ -107,7 +107,7 @@ private:
 /// The loop of both directions. `tolerated` tells the error numbers of malformed input that is to
 /// be replaced.
 template <class From, class To, class Tolerated>
-bool convert(std::basic_string<From> const& s, iconv_t converter, std::string_view substitute,
+bool convert(std::basic_string_view<From> s, iconv_t converter, std::string_view substitute,
              Tolerated tolerated, std::basic_string<To>& result) {
     if (!is_open(converter)) return false;
     conversion round(s, converter);
@@ -125,13 +125,13 @@ bool convert(std::basic_string<From> const& s, iconv_t converter, std::string_vi
 
 }  // namespace
 
-bool encode(std::u16string const& s, iconv_t converter, std::string_view substitute,
+bool encode(std::u16string_view s, iconv_t converter, std::string_view substitute,
             std::string& result) {
     return convert(
         s, converter, substitute, [](int error) { return error == EILSEQ; }, result);
 }
 
-bool decode(std::string const& s, iconv_t converter, malformed policy, std::u16string& result) {
+bool decode(std::string_view s, iconv_t converter, malformed policy, std::u16string& result) {
     constexpr char16_t replacement[] = {u'\uFFFD'};
     std::string_view const substitute(reinterpret_cast<char const*>(replacement),
                                       sizeof replacement);

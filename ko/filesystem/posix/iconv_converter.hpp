@@ -25,13 +25,13 @@ extern template iconv_t get_thread_local_iconv_converter<1>(char const*, char co
 /// Appends `s`, UTF-16, to `result` in the encoding that `converter` makes. A unit that can't be
 /// converted becomes `substitute`. False when the conversion cannot be finished; `result` then
 /// holds a part.
-bool encode(std::u16string const& s, iconv_t converter, std::string_view substitute,
+bool encode(std::u16string_view s, iconv_t converter, std::string_view substitute,
             std::string& result);
 
 enum class malformed { replace_bytes, reject };
 
 /// Appends `s`, UTF-8, to `result` as UTF-16. Each malformed byte becomes U+FFFD, or ends the
 /// conversion. False when it cannot be finished; `result` then holds a part.
-bool decode(std::string const& s, iconv_t converter, malformed policy, std::u16string& result);
+bool decode(std::string_view s, iconv_t converter, malformed policy, std::u16string& result);
 
 }  // namespace ko::filesystem::posix::detail

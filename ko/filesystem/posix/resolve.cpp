@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
-#include <utility>
 
 #include <boost/filesystem/path.hpp>
 
@@ -13,12 +12,12 @@
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/exceptions/path_errors.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
-#include <ko/filesystem/status.hpp>
 
 namespace ko::filesystem {
 
@@ -60,10 +59,11 @@ std::string current_path8() {
     return bytes::make_native_form(detail::get_cwd_mt(), /*expand_tilde=*/true);
 }
 
-std::u16string real_path(std::string const& path8) {
+std::u16string real_path(char const* path8) {
+    // Deliberately without the path, unlike what realpath reports.
+    if (!detail::exists_by_stat(path8)) throw detail::cloneable(PathNotFound({}));
     char buffer[PATH_MAX];
-    if (::realpath(path8.c_str(), buffer) == nullptr)
-        detail::throw_errno_exception(errno, path8, {});
+    if (::realpath(path8, buffer) == nullptr) detail::throw_errno_exception(errno, path8, {});
     return detail::from_filesystem_strict(buffer);
 }
 
@@ -73,10 +73,8 @@ std::u16string canonical_impl(std::u16string const& p, std::u16string const& bas
     detail::system_path const base8{native_text(base)};
     // What has no UTF-8 form must not be taken for the working directory.
     if (p8.empty() || (base8.empty() && !base.empty())) throw detail::cloneable(PathNotFound({}));
-    std::string const absolute8 = absolute_text(p8.string(), base8.string(), current_path8);
-    // Deliberately without the path, unlike what realpath reports.
-    if (!detail::exists_by_stat(absolute8.c_str())) throw detail::cloneable(PathNotFound({}));
-    return real_path(absolute8);
+    if (detail::algorithm::is_absolute<char>(p8.c_str())) return real_path(p8.c_str());
+    return real_path(absolute_text(p8.string(), base8.string(), current_path8).c_str());
 }
 
 std::u16string from_boost(boost::filesystem::path const& path) {
@@ -100,34 +98,39 @@ struct cursor {
 };
 
 /// Moves `walk` over the leading elements that exist and gives their path.
-upath existing_head(cursor& walk) {
-    upath head;
+std::u16string existing_head(cursor& walk) {
+    std::u16string head;
+    head.reserve(walk.text.size());
     while (!walk.at_end() && !walk.element.empty()) {
+        std::size_t const length = head.size();
         // Joining expands a tilde, so that an element like "~name" may leave the path; that is
         // meant.
-        upath candidate = head / walk.element;
-        if (!exists(candidate)) break;
-        head = std::move(candidate);
+        detail::concatenate_pathname(head, walk.element, /*expand_tilde=*/true);
+        if (!detail::exists_as_it_stands(head)) {
+            head.resize(length);
+            break;
+        }
         walk.move_down();
     }
     return head;
 }
 
-upath weakly_canonical_impl(upath const& p) {
-    static_cast<void>(detail::system_path(p.native()));  // refuses what exists would call missing
-    if (exists(p)) return canonical(p);
-    cursor walk(p.native());
-    upath const head = existing_head(walk);
-    upath result = canonical(head);
+std::u16string weakly_canonical_impl(std::u16string const& p) {
+    static_cast<void>(detail::system_path(p));  // refuses what exists would call missing
+    if (detail::exists_as_it_stands(p)) return canonical_impl(p, {});
+    cursor walk(p);
+    std::u16string const head = existing_head(walk);
+    std::u16string result = head.empty() ? head : canonical_impl(head, {});
     if (result.empty() && !head.empty()) return {};  // the tail alone would name something else
     bool has_dots = false;
     for (; !walk.at_end(); walk.move_down()) {
         has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(walk.element);
-        result /= walk.element;
+        if (!walk.element.empty())
+            detail::concatenate_pathname(result, walk.element, /*expand_tilde=*/true);
     }
     if (!has_dots) return result;
-    boost::filesystem::path const tail8(detail::to_filesystem(result.native()));
-    return upath(from_boost(tail8.lexically_normal()));
+    boost::filesystem::path const tail8(detail::to_filesystem(result));
+    return detail::make_native_form(from_boost(tail8.lexically_normal()), /*expand_tilde=*/true);
 }
 
 }  // namespace
@@ -148,9 +151,12 @@ std::u16string canonical(std::u16string const& p, std::u16string const& base) {
     return native.empty() ? std::u16string() : canonical_impl(native, native_text(base));
 }
 
-upath weakly_canonical(upath const& p) { return p.empty() ? upath() : weakly_canonical_impl(p); }
+upath weakly_canonical(upath const& p) {
+    return p.empty() ? upath() : upath(weakly_canonical_impl(p.native()));
+}
 std::u16string weakly_canonical(std::u16string const& p) {
-    return p.empty() ? std::u16string() : weakly_canonical_impl(upath(p)).native();
+    native_text const native(p);
+    return native.empty() ? std::u16string() : weakly_canonical_impl(native);
 }
 
 upath relative(upath const& p, upath const& base) {

@@ -17,17 +17,6 @@ namespace {
 
 using detail::native_text;
 
-bool exists_impl(std::u16string const& native) {
-    if (native.empty()) return false;
-    try {
-        return detail::exists_by_stat(detail::system_path(native).c_str());
-    } catch (PathNotFound const&) {
-        return false;
-    } catch (InvalidArgument const&) {
-        return false;
-    }
-}
-
 template <class Path>
 [[gnu::noinline]] std::optional<int> try_status(Path const& p, detail::stat_function stat_or_lstat,
                                                 file_status& result) try {
@@ -49,8 +38,8 @@ file_status status_impl(Path const& p, detail::stat_function stat_or_lstat) {
 
 }  // namespace
 
-bool exists(upath const& p) { return exists_impl(native_text(p)); }
-bool exists(std::u16string const& p) { return exists_impl(native_text(p)); }
+bool exists(upath const& p) { return detail::exists_as_it_stands(native_text(p)); }
+bool exists(std::u16string const& p) { return detail::exists_as_it_stands(native_text(p)); }
 
 file_status status(upath const& p) { return status_impl(p, &::stat); }
 file_status status(std::u16string const& p) { return status_impl(p, &::stat); }

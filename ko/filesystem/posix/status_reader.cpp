@@ -9,6 +9,8 @@
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/exceptions.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
 
 namespace ko::filesystem::detail {
 
@@ -62,6 +64,17 @@ bool exists_by_stat(char const* path8) {
     if (::stat(path8, &found) == 0) return true;
     if (means_absent(errno)) return false;
     throw_errno_exception(errno, path8, {});
+}
+
+bool exists_as_it_stands(std::u16string const& native) {
+    if (native.empty()) return false;
+    try {
+        return exists_by_stat(system_path(native).c_str());
+    } catch (PathNotFound const&) {
+        return false;
+    } catch (InvalidArgument const&) {
+        return false;
+    }
 }
 
 namespace {

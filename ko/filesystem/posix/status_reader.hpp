@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include <boost/function.hpp>
 
@@ -14,6 +15,10 @@ namespace ko::filesystem::detail {
 /// Whether stat finds something at `path8`; ENOENT and ENOTDIR mean that it does not.
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(char const* path8);
+
+/// What `exists` says of a path whose text is native; false for the empty one.
+/// Throws as `exists`.
+bool exists_as_it_stands(std::u16string const& native);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;

@@ -1,0 +1,81 @@
+#include <fcntl.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <boost/filesystem/operations.hpp>
+
+#include <ko/filesystem.hpp>
+
+#include "job.hpp"
+#include "plain_posix.hpp"
+
+namespace ko_bench {
+
+namespace {
+
+namespace fs = ko::filesystem;
+namespace std_fs = std::filesystem;
+namespace boost_fs = boost::filesystem;
+
+/// 200 directories with ten files in each; a third of the one and half of the other have names that
+/// aren't ASCII.
+void make_tree(std::u16string const& tree) {
+    for (int dir = 0; dir < 200; ++dir) {
+        std::u16string const name = (dir % 3 == 0 ? u"/\u5831\u544A" : u"/folder") +
+                                    fs::detail::from_filesystem(std::to_string(dir));
+        fs::create_directories(tree + name);
+        for (char16_t file = u'a'; file < u'k'; ++file)
+            std::ofstream(
+                fs::upath(tree + name + u"/" + file + (dir % 2 == 0 ? u"\u00E9" : u"x")).string())
+                << "x";
+    }
+}
+
+}  // namespace
+
+void add_tree_jobs(std::u16string const& scratch) {
+    std::u16string const tree = scratch + u"/tree", copied = scratch + u"/copied";
+    std::string const tree8 = fs::upath(tree).string(), copied8 = fs::upath(copied).string();
+    make_tree(tree);
+    constexpr auto options = fs::copy_option::recursive | fs::copy_option::copy_symlinks;
+    constexpr auto std_options =
+        std_fs::copy_options::recursive | std_fs::copy_options::copy_symlinks;
+    auto const all_there = [=] {
+        fs::copy(tree, copied, options);
+        return std::distance(std_fs::recursive_directory_iterator(copied8), {}) == 2200;
+    };
+    job("copy a tree of 2,000 files", all_there())
+        .target(1.05)
+        .large()
+        .before([=] { std_fs::remove_all(copied8); })
+        .ko([=] { fs::copy(tree, copied, options); })
+        .std([=] { std_fs::copy(tree, copied, std_options); })
+        .boost([=] {
+            boost_fs::copy(
+                boost_path(tree), boost_path(copied),
+                boost_fs::copy_options::recursive | boost_fs::copy_options::copy_symlinks);
+        })
+        .limit([=] {
+            std::string from = tree8, to = copied8;
+            plain::copy_tree(from, to);
+        });
+    fs::remove_all(copied);
+    job("remove a tree of 2,000 files", !fs::exists(copied))
+        .target(1.02)
+        .large()
+        .before([=] {
+            std_fs::remove_all(copied8);
+            std_fs::copy(tree8, copied8, std_options);
+        })
+        .ko([=] { fs::remove_all(copied); })
+        .std([=] { std_fs::remove_all(copied); })
+        .boost([=] { boost_fs::remove_all(boost_path(copied)); })
+        .limit([=] {
+            std::string dir = copied8;
+            plain::remove_tree(dir);
+        });
+}
+
+}  // namespace ko_bench
