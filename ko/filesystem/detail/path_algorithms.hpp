@@ -132,6 +132,19 @@ text<CharT> native_form(text<CharT> const& p, bool expand_tilde) {
     return native;
 }
 
+/// `p` behind `start`, both as they stand; empty when `start` is.
+template <class CharT>
+text<CharT> joined(view<CharT> start, view<CharT> p) {
+    text<CharT> result;
+    if (start.empty()) return result;
+    result.reserve(start.size() + 1 + p.size());
+    result = start;
+    if (!is_separator(result.back()))
+        result += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
+    result += p;
+    return result;
+}
+
 template <class CharT>
 text<CharT>& concatenate(text<CharT>& base, text<CharT> const& addition, bool expand_tilde) {
     text<CharT> made;

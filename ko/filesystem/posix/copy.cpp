@@ -16,6 +16,7 @@
 #include <ko/filesystem/create.hpp>
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/exceptions/path_errors.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
@@ -166,16 +167,20 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
 
 /// Copies everything in the directory `listed` into the existing directory `to`.
 void copy_entries(copied_directory const& listed, std::u16string const& to, copy_option options) {
+    std::u16string const source = from_filesystem_strict(listed.path8);
     std::u16string const destination = make_native_form(to, /*expand_tilde=*/true);
     // Without an error code: what goes wrong in the listing leaves as Boost reports it.
     for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
          ++entry) {
-        boost_fs::path const& path8 = entry->path();
-        std::u16string const name = from_filesystem_strict(path8.filename().native());
+        std::string const& path8 = entry->path().native();
+        std::u16string const name = from_filesystem_strict(algorithm::filename<char>(path8));
         std::u16string target = destination;
         // The tilde of a name like "~x" is expanded here; that is meant.
         if (!name.empty()) concatenate_pathname(target, name, /*expand_tilde=*/true);
-        copy_any(from_filesystem_strict(path8.native()), target, options, &listed);
+        // A name that isn't UTF-8 has no path.
+        std::u16string const path =
+            name.empty() ? std::u16string() : algorithm::joined<char16_t>(source, name);
+        copy_any(path, target, options, &listed);
     }
 }
 

@@ -25,29 +25,16 @@ namespace {
 
 using detail::native_text;
 
-/// `p` behind `start`; empty when that is.
-template <class CharT>
-std::basic_string<CharT> behind(std::basic_string<CharT> const& start,
-                                std::basic_string<CharT> const& p) {
-    std::basic_string<CharT> result;
-    if (start.empty()) return result;
-    result.reserve(start.size() + 1 + p.size());
-    result = start;
-    if (!detail::algorithm::is_separator(result.back()))
-        result += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
-    result += p;
-    return result;
-}
-
 /// `p` behind `base`, or behind what `current` gives when `base` is empty; empty when that is.
 template <class CharT, class Current>
 std::basic_string<CharT> absolute_text(std::basic_string<CharT> const& p,
                                        std::basic_string<CharT> const& base, Current current) {
     using detail::algorithm::is_absolute;
+    using detail::algorithm::joined;
     if (is_absolute<CharT>(p)) return p;
-    if (base.empty()) return behind<CharT>(current(), p);
+    if (base.empty()) return joined<CharT>(current(), p);
     if (!is_absolute<CharT>(base)) detail::throw_invalid_argument("Invalid Base Path");
-    return behind(base, p);
+    return joined<CharT>(base, p);
 }
 
 std::u16string absolute_impl(std::u16string const& native, std::u16string const& base) {
