@@ -4,6 +4,10 @@
 
 #include <ko/filesystem.hpp>
 
+#ifdef KO_FILESYSTEM_BENCH_SIMDUTF
+#include <simdutf.h>
+#endif
+
 #include "job.hpp"
 #include "plain_posix.hpp"
 
@@ -63,6 +67,18 @@ void add_encoding_jobs() {
         } else {
             from.limit([=] { return plain::decode(text8); });
         }
+#ifdef KO_FILESYSTEM_BENCH_SIMDUTF
+        to.simdutf([=] {
+            char buffer[3 * 1024];
+            benchmark::DoNotOptimize(buffer);
+            return simdutf::convert_utf16le_to_utf8(text.data(), text.size(), buffer);
+        });
+        from.simdutf([=] {
+            char16_t buffer[3 * 1024];
+            benchmark::DoNotOptimize(buffer);
+            return simdutf::convert_utf8_to_utf16le(text8.data(), text8.size(), buffer);
+        });
+#endif
     }
     std::u16string const han = repeat(u"\u6F22", 30);
     std::u16string const ascii = repeat(u"x", 52);

@@ -80,6 +80,11 @@ public:
     job& floor(Action action) {
         return add("floor", action);
     }
+    /// By simdutf, which converts and does not replace what is malformed.
+    template <class Action>
+    job& simdutf(Action action) {
+        return add("simdutf", action);
+    }
     /// By this library, on one, two and four threads at once.
     template <class Action>
     job& threads(Action action) {
