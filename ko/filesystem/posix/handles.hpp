@@ -3,10 +3,27 @@
 #include <dirent.h>
 #include <iconv.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
+#include <type_traits>
 
 namespace ko::filesystem::posix::detail {
+
+/// Makes a call that opens or asks for something again whenever a signal has interrupted it. It gives
+/// -1 or null when it fails.
+template <class Call>
+auto uninterrupted(Call call) noexcept {
+    for (;;) {
+        auto const result = call();
+        bool failed = false;
+        if constexpr (std::is_pointer_v<decltype(result)>)
+            failed = result == nullptr;
+        else
+            failed = result == -1;
+        if (!failed || errno != EINTR) return result;
+    }
+}
 
 struct close_dir {
     void operator()(DIR* stream) const noexcept { ::closedir(stream); }

@@ -26,6 +26,7 @@ namespace {
 
 using detail::native_text;
 using detail::throw_errno_exception;
+using posix::detail::uninterrupted;
 using traits = pathname_traits<char>;
 
 void remove_by(int (*call)(char const*), char const* path8) {
@@ -51,7 +52,8 @@ bool is_directory(char const* path8) {
 
 /// 0 when `path8` is a directory and no link, else the error number that says what is the matter.
 int directory_verdict(int base, char const* path8) noexcept {
-    int const descriptor = ::openat(base, path8, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    int const descriptor = uninterrupted(
+        [=] { return ::openat(base, path8, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
     if (descriptor == -1) return errno;
     ::close(descriptor);  // opening it was the proof
     return 0;
@@ -63,7 +65,7 @@ void remove_tree(int base, std::string& dir);
 /// and no link before each removal, else the error number. `dir` serves for the paths of the
 /// entries meanwhile, so that they cost no memory of their own.
 int remove_entries(int base, std::string& dir) {
-    posix::detail::dir_stream stream(::opendir(dir.c_str()));
+    posix::detail::dir_stream stream(uninterrupted([&] { return ::opendir(dir.c_str()); }));
     if (stream == nullptr) throw_errno_exception(errno, dir, {});
     std::size_t const dir_length = dir.size();
     int verdict = 0;

@@ -31,16 +31,26 @@ void transfer_write_times(std::filesystem::path const& from, std::filesystem::pa
     }
 }
 
+/// The error number of `step`, which takes an error code, or 0. Some standard libraries still throw
+/// what goes wrong while such a step reads a directory.
+template <class Step>
+int error_of(Step step) try {
+    std::error_code error;
+    step(error);
+    return error.value();
+} catch (std::filesystem::filesystem_error const& thrown) {
+    return thrown.code().value();
+}
+
 /// Moves by copying and removing. Gives the error number of the step that failed, or 0.
 int move_across_devices(std::string const& from8, std::string const& to8,
                         rename_options const& options) {
     namespace fs = std::filesystem;
-    std::error_code error;
-    fs::copy(from8, to8, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
-    if (error) return error.value();
+    constexpr auto copy_options = fs::copy_options::recursive | fs::copy_options::copy_symlinks;
+    int const error = error_of([&](auto& code) { fs::copy(from8, to8, copy_options, code); });
+    if (error != 0) return error;
     if (options.preserve_last_write_time != 0) transfer_write_times(from8, to8);
-    fs::remove_all(from8, error);
-    return error.value();
+    return error_of([&](auto& code) { fs::remove_all(from8, code); });
 }
 
 void rename_impl(std::u16string const& from, std::u16string const& to,

@@ -2,6 +2,7 @@
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
+#include <boost/system/errc.hpp>
 #include <boost/system/error_code.hpp>
 
 #include <ko/filesystem/posix/boost_error.hpp>
@@ -12,7 +13,10 @@ namespace ko::filesystem {
 space_info space(upath const& p) {
     detail::reject_empty_path(p.native());
     boost::system::error_code ec;
-    auto const found = boost::filesystem::space(detail::system_path(p.native()).c_str(), ec);
+    detail::system_path const path8(p.native());
+    auto found = boost::filesystem::space(path8.c_str(), ec);
+    while (ec == boost::system::errc::interrupted)
+        found = boost::filesystem::space(path8.c_str(), ec);
     if (ec.failed()) detail::throw_error_code_exception(ec, p.native(), {});
     return {found.capacity, found.free, found.available};
 }

@@ -1,0 +1,381 @@
+// Every system call of every operation fails once with every error number that its manual page
+// names. What is to come of it: the exception of the error number with the path that the rules say;
+// or success, then with the whole effect that the operation has without a fault; or what a row says.
+// Whatever comes, no descriptor is left open, and what is only read stays as it was.
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <ko/filesystem.hpp>
+
+#include "support/files.hpp"
+#include "support/outcome.hpp"
+#include "support/system_calls.hpp"
+
+namespace ko::filesystem {
+namespace {
+
+using testing::call_recorder;
+using numbers = std::vector<int>;
+
+numbers operator+(numbers a, numbers const& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+numbers const& errors_of(std::string const& call) {
+    static numbers const looking = {EACCES,       EFAULT, EINVAL, EIO,     ELOOP,
+                                    ENAMETOOLONG, ENOENT, ENOMEM, ENOTDIR, EOVERFLOW};
+    static numbers const changing = looking + numbers{EBUSY, EDQUOT, EPERM, EROFS, ENOSPC};
+    static numbers const opening = looking + numbers{EINTR,  EMFILE, ENFILE, EPERM,  EROFS,
+                                                     ENOSPC, EDQUOT, EISDIR, EEXIST, ETXTBSY};
+    static numbers const writing = {EAGAIN, EDQUOT, EFBIG,  EINTR,     EINVAL,
+                                    EIO,    ENOMEM, ENOSPC, EOVERFLOW, EPERM};
+    static std::map<std::string, numbers> const table = {
+        {"stat", looking},
+        {"lstat", looking},
+        {"statx", looking},
+        {"fstat", {EBADF, EFAULT, EIO, ENOMEM, EOVERFLOW}},
+        {"statvfs", looking + numbers{EINTR, ENOSYS}},
+        {"access", looking + numbers{EPERM, EROFS, ETXTBSY}},
+        {"chmod", changing},
+        {"fchmod", {EIO, EPERM, EROFS, EBADF}},
+        {"utimensat", changing},
+        {"mkdir", changing + numbers{EEXIST, EMLINK}},
+        {"rmdir", changing + numbers{ENOTEMPTY, EEXIST}},
+        {"unlink", changing + numbers{EISDIR}},
+        {"unlinkat", changing + numbers{EISDIR, ENOTEMPTY}},
+        {"symlink", changing + numbers{EEXIST}},
+        {"readlink", looking},
+        {"realpath", looking},
+        {"rename", changing + numbers{EEXIST, EISDIR, EMLINK, ENOTEMPTY, EXDEV}},
+        {"chdir", looking},
+        {"getcwd", {EACCES, EINVAL, ENOENT, ENOMEM, ERANGE}},
+        {"open", opening},
+        {"openat", opening},
+        {"opendir", {EACCES, EINTR, EMFILE, ENFILE, ENOENT, ENOMEM, ENOTDIR}},
+        {"fdopendir", {EBADF, ENOMEM, ENOTDIR}},
+        {"readdir", {EBADF, EIO, ENOENT}},
+        {"closedir", {EBADF, EIO}},
+        {"close", {EBADF, EINTR, EIO, ENOSPC, EDQUOT}},
+        {"sendfile", writing},
+        {"read", {EAGAIN, EINTR, EIO, EISDIR}},
+        {"write", writing},
+    };
+    return table.at(call.substr(0, call.find(' ')));
+}
+
+/// What `outcome` tells of the exception that stands for `error`.
+std::string mapped(int error, std::string const& path1, std::string const& path2 = {}) {
+    static std::map<int, std::string> const classes = {
+        {ENOENT, "PathNotFound"},         {EACCES, "AccessDenied"},
+        {EEXIST, "FileExistsError"},      {ENOTDIR, "NotDirectoryError"},
+        {EISDIR, "FileIsDirectory"},      {EINVAL, "InvalidArgument \"\""},
+        {ENOTEMPTY, "DirectoryNotEmpty"}, {ENAMETOOLONG, "FileNameTooLarge"}};
+    auto const known = classes.find(error);
+    std::string text = known == classes.end() ? "SystemError" : known->second;
+    if (!path1.empty()) text += " [" + path1 + ']';
+    if (!path2.empty() && (known == classes.end() || error == EINVAL)) text += " [" + path2 + ']';
+    return known == classes.end() ? text + ' ' + testing::error_name(error) : text;
+}
+
+/// Which paths an exception carries.
+enum paths : unsigned {
+    none = 1,
+    own = 2,      ///< those that the call was given
+    of_copy = 4,  ///< the source, the target or both, as a failed copy settles it
+    of_move = 8   ///< the same for a failed rename
+};
+
+using told_by = std::function<std::string(std::string const& root)>;
+
+struct exemption {
+    std::string call;
+    numbers errors;  ///< all, when empty
+    std::string outcome;
+};
+
+/// One operation, and what is to come of a fault in it.
+struct scenario {
+    template <class Action>
+    scenario(char const* operation, unsigned paths_reported, Action action)
+        : name(operation),
+          reported(paths_reported),
+          told([action](std::string const& root) { return testing::outcome(root, action); }) {}
+
+    /// The calls `call`, with their path or without, give `outcome` for `errors`, or for all.
+    /// "pathless" stands for the exception without a path, ":" and a path for the one with that; an
+    /// asterisk at the end stands for anything.
+    scenario& but(std::string const& call, numbers const& errors, std::string const& outcome) {
+        exemptions.push_back({call, errors, outcome});
+        return *this;
+    }
+    scenario& on(std::string const& source, std::string const& target) {
+        from = source, to = target;
+        return *this;
+    }
+
+    std::string name;
+    unsigned reported;
+    told_by told;
+    std::string from = "f", to = "n";
+    std::vector<exemption> exemptions;
+};
+
+bool matches(std::string const& outcome, std::string const& wanted) {
+    bool const is_prefix = wanted.back() == '*';
+    return is_prefix ? outcome.compare(0, wanted.size() - 1, wanted, 0, wanted.size() - 1) == 0
+                     : outcome == wanted;
+}
+
+/// The files `f`, `g` and `d/s/f`, the link `l` to f, and the empty directory `e`.
+class FaultSweep : public testing::scratch_test {
+protected:
+    void make_tree() {
+        std::filesystem::current_path(scratch.path8());
+        for (auto const& entry : std::filesystem::directory_iterator("."))
+            std::filesystem::remove_all(entry);
+        scratch.file(u"f", "content");
+        scratch.file(u"g", "old");
+        scratch.directory(u"e");
+        scratch.directory(u"d");
+        scratch.directory(u"d/s");
+        scratch.file(u"d/s/f", "inner");
+        scratch.link(u"l", "f");
+        scratch.link(u"d/l", "s");
+    }
+
+    /// All that there is at `path` and below, by name, mode and content.
+    static std::string everything_in(std::filesystem::path const& path) {
+        namespace fs = std::filesystem;
+        std::set<std::string> entries;
+        auto const add = [&](fs::path const& entry) {
+            auto const s = fs::symlink_status(entry);
+            if (!fs::exists(s)) return;
+            std::string text = entry.lexically_relative(path.parent_path()).string();
+            text += ' ' + std::to_string(static_cast<int>(s.permissions())) + ' ';
+            std::ifstream file(entry, std::ios::binary);
+            if (fs::is_symlink(s))
+                text += "-> " + fs::read_symlink(entry).string();
+            else if (fs::is_regular_file(s))
+                text.append(std::istreambuf_iterator<char>(file), {});
+            entries.insert(text);
+        };
+        add(path);
+        if (fs::is_directory(fs::symlink_status(path)))
+            for (auto const& entry : fs::recursive_directory_iterator(path)) add(entry);
+        std::string all;
+        for (auto const& entry : entries) all += entry + '\n';
+        return all;
+    }
+
+    static std::ptrdiff_t open_descriptors() {
+        std::filesystem::directory_iterator const descriptors("/proc/self/fd");
+        return std::distance(begin(descriptors), end(descriptors));
+    }
+
+    std::vector<std::string> expected(scenario const& s, std::string const& call, int error) const {
+        std::string const name = call.substr(0, call.find(' '));
+        for (auto const& [exempt, errors, outcome] : s.exemptions) {
+            bool const named = exempt == call || exempt == name;
+            bool const listed = std::find(errors.begin(), errors.end(), error) != errors.end();
+            if (!named || !(errors.empty() || listed)) continue;
+            if (outcome == "pathless") return {mapped(error, {})};
+            return {outcome.front() == ':' ? mapped(error, outcome.substr(1)) : outcome};
+        }
+        // Asking again is safe.
+        bool const repeatable = name.rfind("open", 0) == 0 || name == "statvfs";
+        if (error == EINTR && repeatable && (s.reported & of_move) == 0) return {"no failure"};
+        std::vector<std::string> result;
+        if ((s.reported & none) != 0) result.push_back(mapped(error, {}));
+        if ((s.reported & own) != 0) {
+            std::string given = call == name ? "" : call.substr(name.size() + 1);
+            if (given.rfind(scratch.path8(), 0) == 0) given.replace(0, scratch.path8().size(), "@");
+            std::size_t const end = std::min(given.find(' '), given.size());
+            result.push_back(mapped(error, given.substr(0, end),
+                                    end == given.size() ? "" : given.substr(end + 1)));
+        }
+        if ((s.reported & (of_copy | of_move)) != 0) {
+            bool const copies = (s.reported & of_copy) != 0;
+            numbers const of_target =
+                copies ? numbers{ENOENT, EEXIST, ENAMETOOLONG, EACCES}
+                       : numbers{ENOENT, EEXIST, ENAMETOOLONG, EACCES, ENOTDIR, EISDIR, ENOTEMPTY};
+            if (std::find(of_target.begin(), of_target.end(), error) != of_target.end())
+                result.push_back(mapped(error, s.to));
+            else
+                result.push_back(mapped(error, s.from, copies && error == EISDIR ? "" : s.to));
+        }
+        return result;
+    }
+
+    /// Lets each call of `s` fail in turn. What `kept` gives must not change by a fault; `effect` is
+    /// all that the operation may change. Gives the number of faults.
+    template <class Prepare, class Kept, class Effect>
+    int sweep(scenario const& s, Prepare prepare, Kept kept, Effect effect) {
+        prepare();
+        std::vector<std::string> calls;
+        std::string normal;
+        {
+            call_recorder recorded;
+            normal = s.told(scratch.path8());
+            calls = recorded.all;
+        }
+        std::string const normal_effect = effect();
+        EXPECT_FALSE(calls.empty()) << s.name;
+        int faults = 0;
+        for (std::size_t index = 0; index != calls.size(); ++index) {
+            for (int const error : errors_of(calls[index])) {
+                prepare();
+                std::string const kept_before = kept();
+                auto const open_before = open_descriptors();
+                std::string outcome;
+                {
+                    call_recorder recorded;
+                    recorded.failing_index = index, recorded.error = error;
+                    outcome = s.told(scratch.path8());
+                }
+                ++faults;
+                std::filesystem::current_path(scratch.path8());
+                auto const wanted = expected(s, calls[index], error);
+                bool as_wanted = outcome == normal && effect() == normal_effect;
+                for (auto const& text : wanted) as_wanted = as_wanted || matches(outcome, text);
+                EXPECT_TRUE(as_wanted && kept() == kept_before && open_descriptors() == open_before)
+                    << s.name << ": " << calls[index] << " (call " << index << ") fails with "
+                    << testing::error_name(error) << "\n  wanted " << wanted.front()
+                    << "\n  got    " << outcome << "\n"
+                    << kept() << open_descriptors() - open_before;
+            }
+        }
+        return faults;
+    }
+};
+
+TEST_F(FaultSweep, OfEveryCall) {
+    constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
+    numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
+    std::u16string const at = testing::utf16(scratch.path8());
+    auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
+    std::string const listing = "std: boost::filesystem::directory_iterator*";
+    scenario const rows[] = {
+        scenario("exists", own, [] { return exists(u"f"); }).but("stat", ignored, "no"),
+        scenario("status", none, [=] { return there(status(u"f")); })
+            .but("stat", {ENOENT, EINVAL}, "no"),
+        scenario("symlink_status", none, [=] { return there(symlink_status(u"l")); })
+            .but("lstat", {ENOENT, EINVAL}, "no"),
+        scenario("status_express_light", own, [=] { return there(status_express_light(u"f")); })
+            .but("stat", {ENOENT, EINVAL}, "no"),
+        scenario("access, read", own, [] { return access(u"f", access_read); })
+            .but("access", {EACCES}, "no"),
+        scenario("access, exists", own, [] { return access(u"f", access_exists | access_write); })
+            .but("access", {EACCES, ENOENT, EROFS}, "no"),
+        scenario("permissions", own, [] { permissions(u"f", 0600); })
+            .but("stat", {ENOENT}, "ok")
+            .but("stat", {}, "pathless"),
+        scenario("get_current_path", none, [] { return get_current_path(); }),
+        scenario("change_current_path", own, [] { change_current_path(u"d"); }),
+        scenario("create_directory", own, [] { create_directory(u"n"); }),
+        scenario("create_directories", own, [] { create_directories(u"n/m"); })
+            .but("mkdir n", {EEXIST}, "PathNotFound [n/m]"),
+        scenario("create_symlink", own, [] { create_symlink(u"t", u"n"); })
+            .but("stat", absent, "ok"),
+        scenario("read_symlink", own, [] { return read_symlink(u"l"); }),
+        scenario("rename", of_move, [] { rename(u"d/s/f", u"d/n"); }).on("d/s/f", "d/n"),
+        scenario("remove, file", own, [] { remove(u"f"); }).but("lstat", {ENOENT}, "pathless"),
+        scenario("remove, directory", own, [] { remove(u"e"); }).but("lstat", {ENOENT}, "pathless"),
+        scenario("remove_file", own, [] { remove_file(u"f"); })
+            .but("unlink", {EPERM}, "FileIsDirectory [f]"),
+        scenario("remove_directory", own, [] { remove_directory(u"e"); }),
+        scenario("remove_symlink", own, [] { remove_symlink(u"l"); })
+            .but("unlink", {EPERM}, "FileIsDirectory [l]"),
+        scenario("remove_all", own, [] { remove_all(u"d"); })
+            .but("lstat", {ENOENT}, "pathless")
+            .but("openat d", {ENOENT}, "ok")  // another has removed it
+            .but("openat d/s", {ENOENT}, "DirectoryNotEmpty [d]")
+            .but("openat d", {ENOTDIR, ELOOP}, "FileIsDirectory [d]")
+            .but("openat d/s", {ENOTDIR, ELOOP}, "FileIsDirectory [d/s]")
+            .but("readdir d", {ENOENT}, "ok")
+            .but("readdir d/s", {ENOENT}, "DirectoryNotEmpty [d]")
+            .but("closedir", {}, "pathless"),
+        scenario("copy_file", of_copy, [] { copy_file(u"f", u"n"); }),
+        scenario("copy_file over", of_copy,
+                 [] { copy_file(u"f", u"g", copy_option::overwrite_if_exists); })
+            .on("f", "g"),
+        scenario("copy_file, skip", of_copy | own,
+                 [] { copy_file(u"f", u"n", copy_option::skip_existing); }),
+        scenario("copy_file, update", of_copy | none,
+                 [] { copy_file(u"f", u"n", copy_option::update_existing); }),
+        scenario("copy_directory", of_copy, [] { copy_directory(u"d", u"n"); }).on("d", "n"),
+        scenario("copy_symlink", own, [] { copy_symlink(u"l", u"n"); })
+            .but("lstat", {}, "pathless")
+            .but("stat", absent, "ok"),
+        scenario("copy, link followed", of_copy | own | none, [] { copy(u"l", u"n"); })
+            .but("lstat f", {ENOENT}, "PathNotFound [l]"),
+        scenario("copy, tree", none | own | of_copy, [] { copy(u"d", u"n", tree); })
+            .on("d/s/f", "n/s/f")
+            .but("open d", {}, listing)
+            .but("open d/s", {}, listing)
+            .but("openat d", {}, listing)
+            .but("openat d/s", {}, listing)
+            .but("opendir", {}, listing)
+            .but("fdopendir", {}, listing)
+            .but("readdir", {}, listing)
+            .but("closedir", {}, listing)
+            .but("realpath", {}, ":n"),
+        scenario("canonical", own, [=] { return canonical(at + u"/l"); })
+            .but("stat", absent, "PathNotFound"),
+        scenario("weakly_canonical", own, [=] { return weakly_canonical(at + u"/d/x"); })
+            .but("stat", ignored, "*"),
+        scenario("equivalent", of_copy, [] { return equivalent(u"f", u"g"); }).on("f", "g"),
+        scenario("space", own, [] { return space(upath(u".")).capacity > 0; }),
+    };
+    int faults = 0;
+    for (auto const& row : rows) {
+        auto const kept = [copies = row.name.rfind("copy", 0) == 0] {
+            return copies ? everything_in("f") + everything_in("d") + everything_in("l") : "";
+        };
+        faults += sweep(
+            row, [this] { make_tree(); }, kept, [] { return everything_in("."); });
+    }
+    std::printf("%d faults tried\n", faults);
+}
+
+TEST_F(FaultSweep, OfAMoveAcrossDevices) {
+    char const* const other = "/dev/shm";
+    struct stat here, there;
+    if (::stat(other, &there) != 0 || ::stat(".", &here) != 0 || here.st_dev == there.st_dev)
+        GTEST_SKIP() << "there is no second file system at " << other;
+    testing::scratch_dir const elsewhere(other);
+    std::string const target = elsewhere.path8() + "/d";
+    std::u16string const from = scratch / u"d", to = testing::utf16(target);
+    auto const move = scenario("rename", of_move, [=] { rename(from, to); })
+                          .on("@/d", target)
+                          // What is gone while it is to be removed counts as removed.
+                          .but("openat", {ENOENT, ENOTDIR, ELOOP}, "*")
+                          .but("fdopendir", {ENOTDIR}, "*")
+                          .but("readdir", {ENOENT}, "*");
+    make_tree();
+    std::string const whole = everything_in("d");
+    auto const prepare = [&] { make_tree(), std::filesystem::remove_all(target); };
+    // Until the copy is whole, the source is.
+    auto const kept = [&] { return everything_in(target) == whole ? whole : everything_in("d"); };
+    auto const both = [&] { return everything_in(target) + "and\n" + everything_in("d"); };
+    std::printf("%d faults tried\n", sweep(move, prepare, kept, both));
+}
+
+}  // namespace
+}  // namespace ko::filesystem

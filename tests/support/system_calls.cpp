@@ -1,0 +1,136 @@
+#include "support/system_calls.hpp"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <map>
+#include <string>
+
+namespace {
+
+using ko::filesystem::testing::call_recorder;
+
+bool admitted(std::string const& call) {
+    call_recorder* const r = call_recorder::current;
+    if (r == nullptr) return true;
+    r->all.push_back(call);
+    if (call.rfind("readdir", 0) != 0) r->made.push_back(call);
+    bool const fails =
+        r->all.size() - 1 == r->failing_index || (call == r->failing && --r->nth == 0);
+    if (fails) errno = r->error;
+    return !fails;
+}
+
+std::map<DIR*, std::string>& streams() {
+    static std::map<DIR*, std::string> paths;
+    return paths;
+}
+
+std::string shown(char const* name, DIR* stream) {
+    if (call_recorder::current == nullptr) return {};
+    auto const known = streams().find(stream);
+    return known == streams().end() ? name : name + (' ' + known->second);
+}
+
+template <class Function>
+Function* next(char const* name) {
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+#define CALL(result, failed, name, call, parameters, arguments)                    \
+    extern "C" result name parameters {                                            \
+        return admitted(call) ? next<result parameters>(#name) arguments : failed; \
+    }
+#define SHOWN(name) std::string(#name " ").append(path)
+CALL(int, -1, unlink, SHOWN(unlink), (char const* path) noexcept, (path))
+CALL(int, -1, rmdir, SHOWN(rmdir), (char const* path) noexcept, (path))
+CALL(int, -1, chdir, SHOWN(chdir), (char const* path) noexcept, (path))
+CALL(int, -1, mkdir, SHOWN(mkdir), (char const* path, mode_t m) noexcept, (path, m))
+CALL(int, -1, chmod, SHOWN(chmod), (char const* path, mode_t m) noexcept, (path, m))
+CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, m))
+CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
+CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
+CALL(int, -1, unlinkat, SHOWN(unlinkat), (int d, char const* path, int f) noexcept, (d, path, f))
+CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))
+CALL(int, -1, statvfs64, SHOWN(statvfs), (char const* path, struct statvfs64* s) noexcept,
+     (path, s))
+CALL(int, -1, statx, SHOWN(statx),
+     (int d, char const* path, int f, unsigned m, struct statx* s) noexcept, (d, path, f, m, s))
+CALL(int, -1, utimensat, SHOWN(utimensat),
+     (int d, char const* path, timespec const* t, int f) noexcept, (d, path, t, f))
+CALL(char*, nullptr, realpath, SHOWN(realpath), (char const* path, char* b) noexcept, (path, b))
+CALL(int, -1, rename, SHOWN(rename) + ' ' + to, (char const* path, char const* to) noexcept,
+     (path, to))
+CALL(int, -1, symlink, SHOWN(symlink) + ' ' + to, (char const* path, char const* to) noexcept,
+     (path, to))
+CALL(::dirent*, nullptr, readdir, shown("readdir", d), (DIR * d), (d))
+CALL(::dirent64*, nullptr, readdir64, shown("readdir", d), (DIR * d), (d))
+CALL(DIR*, nullptr, fdopendir, "fdopendir", (int d), (d))
+CALL(int, -1, fchmod, "fchmod", (int d, mode_t m) noexcept, (d, m))
+CALL(int, -1, fstat, "fstat", (int d, struct stat* s) noexcept, (d, s))
+CALL(int, -1, fstat64, "fstat", (int d, struct stat64* s) noexcept, (d, s))
+CALL(ssize_t, -1, sendfile, "sendfile", (int o, int i, off_t* p, size_t n) noexcept, (o, i, p, n))
+CALL(ssize_t, -1, sendfile64, "sendfile", (int o, int i, off64_t* p, size_t n) noexcept,
+     (o, i, p, n))
+CALL(ssize_t, -1, write, "write", (int d, void const* b, size_t n), (d, b, n))
+CALL(ssize_t, -1, read, "read", (int d, void* b, size_t n), (d, b, n))
+CALL(char*, nullptr, getcwd, "getcwd", (char* b, size_t n) noexcept, (b, n))
+#undef CALL
+
+// The mode, which only some calls have.
+#define OPEN(name, call, first, passed)                                                 \
+    extern "C" int name(first char const* path, int flags, ...) {                       \
+        std::va_list rest;                                                              \
+        va_start(rest, flags);                                                          \
+        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;      \
+        va_end(rest);                                                                   \
+        if (!admitted(std::string(call " ").append(path))) return -1;                   \
+        return next<int(first char const*, int, ...)>(#name)(passed path, flags, mode); \
+    }
+#define BASE int base,
+#define PASSED_BASE base,
+OPEN(open, "open", , )
+OPEN(open64, "open", , )
+OPEN(openat, "openat", BASE, PASSED_BASE)
+OPEN(openat64, "openat", BASE, PASSED_BASE)
+#undef OPEN
+
+// What is closed is closed, also where closing fails.
+extern "C" int close(int descriptor) {
+    int const result = next<int(int)>("close")(descriptor);
+    return admitted("close") ? result : -1;
+}
+extern "C" DIR* opendir(char const* path) {
+    if (!admitted(SHOWN(opendir))) return nullptr;
+    DIR* const stream = next<DIR*(char const*)>("opendir")(path);
+    if (call_recorder::current != nullptr && stream != nullptr) streams()[stream] = path;
+    return stream;
+}
+extern "C" int closedir(DIR* stream) {
+    std::string const call = shown("closedir", stream);
+    if (!call.empty()) streams().erase(stream);
+    int const result = next<int(DIR*)>("closedir")(stream);
+    return admitted(call) ? result : -1;
+}
+/// "/endless/N" is a link with a text of N bytes, "/negative" one whose length is -2.
+extern "C" ssize_t readlink(char const* path, char* buffer, size_t size) noexcept {
+    if (!admitted(SHOWN(readlink))) return -1;
+    std::string const text = path;
+    if (text == "/negative") return -2;
+    if (text.rfind("/endless/", 0) != 0)
+        return next<ssize_t(char const*, char*, size_t)>("readlink")(path, buffer, size);
+    size_t const length = std::min<size_t>(size, std::stoul(text.substr(9)));
+    std::fill_n(buffer, length, 'x');
+    return static_cast<ssize_t>(length);
+}
