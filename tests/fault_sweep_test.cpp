@@ -23,6 +23,7 @@
 
 #include <ko/filesystem.hpp>
 
+#include "support/allocations.hpp"
 #include "support/files.hpp"
 #include "support/outcome.hpp"
 #include "support/system_calls.hpp"
@@ -114,9 +115,12 @@ struct exemption {
 struct scenario {
     template <class Action>
     scenario(char const* operation, unsigned paths_reported, Action action)
-        : name(operation),
-          reported(paths_reported),
-          told([action](std::string const& root) { return testing::outcome(root, action); }) {}
+        : name(operation), reported(paths_reported), told([action](std::string const& root) {
+              return testing::outcome(root, [&] {
+                  testing::allocation_watch const watch(failing_allocation);
+                  return action();
+              });
+          }) {}
 
     /// The calls `call`, with their path or without, give `outcome` for `errors`, or for all.
     /// "pathless" stands for the exception without a path, ":" and a path for the one with that; an
@@ -130,10 +134,12 @@ struct scenario {
         return *this;
     }
 
+    static inline int failing_allocation = 0;
+
     std::string name;
     unsigned reported;
     told_by told;
-    std::string from = "f", to = "n";
+    std::string from = "@/f", to = "@/n";
     std::vector<exemption> exemptions;
 };
 
@@ -189,7 +195,15 @@ protected:
         return std::distance(begin(descriptors), end(descriptors));
     }
 
-    std::vector<std::string> expected(scenario const& s, std::string const& call, int error) const {
+    /// `call` with the scratch directory written "@".
+    std::string shown(std::string call) const {
+        for (std::size_t at = 0; (at = call.find(scratch.path8(), at)) != call.npos;)
+            call.replace(at, scratch.path8().size(), "@");
+        return call;
+    }
+
+    static std::vector<std::string> expected(scenario const& s, std::string const& call,
+                                             int error) {
         std::string const name = call.substr(0, call.find(' '));
         for (auto const& [exempt, errors, outcome] : s.exemptions) {
             bool const named = exempt == call || exempt == name;
@@ -204,8 +218,7 @@ protected:
         std::vector<std::string> result;
         if ((s.reported & none) != 0) result.push_back(mapped(error, {}));
         if ((s.reported & own) != 0) {
-            std::string given = call == name ? "" : call.substr(name.size() + 1);
-            if (given.rfind(scratch.path8(), 0) == 0) given.replace(0, scratch.path8().size(), "@");
+            std::string const given = call == name ? "" : call.substr(name.size() + 1);
             std::size_t const end = std::min(given.find(' '), given.size());
             result.push_back(mapped(error, given.substr(0, end),
                                     end == given.size() ? "" : given.substr(end + 1)));
@@ -221,6 +234,31 @@ protected:
                 result.push_back(mapped(error, s.from, copies && error == EISDIR ? "" : s.to));
         }
         return result;
+    }
+
+    /// Lets each allocation of `s` fail in turn.
+    template <class Prepare, class Kept, class Effect>
+    int sweep_memory(scenario const& s, Prepare prepare, Kept kept, Effect effect) {
+        prepare();
+        std::string const normal = s.told(scratch.path8()), normal_effect = effect();
+        for (int failing = 1;; ++failing) {
+            prepare();
+            std::string const kept_before = kept();
+            auto const open_before = open_descriptors();
+            scenario::failing_allocation = failing;
+            std::string const outcome = s.told(scratch.path8());
+            scenario::failing_allocation = 0;
+            std::filesystem::current_path(scratch.path8());
+            bool const as_normal = outcome == normal && effect() == normal_effect;
+            // Some steps of the libraries below report a lack of memory as the system does.
+            bool const told =
+                outcome == "std: std::bad_alloc" || outcome.find("ENOMEM") != outcome.npos;
+            EXPECT_TRUE((as_normal || told) && kept() == kept_before &&
+                        open_descriptors() == open_before)
+                << s.name << ": allocation " << failing << ": " << outcome << "\n"
+                << kept();
+            if (as_normal && testing::allocation_watch::last_count() < failing) return failing - 1;
+        }
     }
 
     /// Lets each call of `s` fail in turn. What `kept` gives must not change by a fault; `effect` is
@@ -251,7 +289,7 @@ protected:
                 }
                 ++faults;
                 std::filesystem::current_path(scratch.path8());
-                auto const wanted = expected(s, calls[index], error);
+                auto const wanted = expected(s, shown(calls[index]), error);
                 bool as_wanted = outcome == normal && effect() == normal_effect;
                 for (auto const& text : wanted) as_wanted = as_wanted || matches(outcome, text);
                 EXPECT_TRUE(as_wanted && kept() == kept_before && open_descriptors() == open_before)
@@ -268,90 +306,100 @@ protected:
 TEST_F(FaultSweep, OfEveryCall) {
     constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
     numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
-    std::u16string const at = testing::utf16(scratch.path8());
+    auto const at = [root = testing::utf16(scratch.path8())](std::u16string const& name) {
+        return root + u'/' + name;
+    };
     auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
     std::string const listing = "std: boost::filesystem::directory_iterator*";
     scenario const rows[] = {
-        scenario("exists", own, [] { return exists(u"f"); }).but("stat", ignored, "no"),
-        scenario("status", none, [=] { return there(status(u"f")); })
+        scenario("exists", own, [=] { return exists(at(u"f")); }).but("stat", ignored, "no"),
+        scenario("status", none, [=] { return there(status(at(u"f"))); })
             .but("stat", {ENOENT, EINVAL}, "no"),
-        scenario("symlink_status", none, [=] { return there(symlink_status(u"l")); })
+        scenario("symlink_status", none, [=] { return there(symlink_status(at(u"l"))); })
             .but("lstat", {ENOENT, EINVAL}, "no"),
-        scenario("status_express_light", own, [=] { return there(status_express_light(u"f")); })
+        scenario("status_express_light", own, [=] { return there(status_express_light(at(u"f"))); })
             .but("stat", {ENOENT, EINVAL}, "no"),
-        scenario("access, read", own, [] { return access(u"f", access_read); })
+        scenario("access, read", own, [=] { return access(at(u"f"), access_read); })
             .but("access", {EACCES}, "no"),
-        scenario("access, exists", own, [] { return access(u"f", access_exists | access_write); })
+        scenario("access, exists", own,
+                 [=] { return access(at(u"f"), access_exists | access_write); })
             .but("access", {EACCES, ENOENT, EROFS}, "no"),
-        scenario("permissions", own, [] { permissions(u"f", 0600); })
+        scenario("permissions", own, [=] { permissions(at(u"f"), 0600); })
             .but("stat", {ENOENT}, "ok")
             .but("stat", {}, "pathless"),
-        scenario("get_current_path", none, [] { return get_current_path(); }),
-        scenario("change_current_path", own, [] { change_current_path(u"d"); }),
-        scenario("create_directory", own, [] { create_directory(u"n"); }),
-        scenario("create_directories", own, [] { create_directories(u"n/m"); })
-            .but("mkdir n", {EEXIST}, "PathNotFound [n/m]"),
-        scenario("create_symlink", own, [] { create_symlink(u"t", u"n"); })
+        scenario("get_current_path", none, [=] { return get_current_path(); }),
+        scenario("change_current_path", own, [=] { change_current_path(at(u"d")); }),
+        scenario("create_directory", own, [=] { create_directory(at(u"n")); }),
+        scenario("create_directories", own, [=] { create_directories(at(u"n/m")); })
+            .but("mkdir @/n", {EEXIST}, "PathNotFound [@/n/m]"),
+        scenario("create_symlink", own, [=] { create_symlink(u"t", at(u"n")); })
             .but("stat", absent, "ok"),
-        scenario("read_symlink", own, [] { return read_symlink(u"l"); }),
-        scenario("rename", of_move, [] { rename(u"d/s/f", u"d/n"); }).on("d/s/f", "d/n"),
-        scenario("remove, file", own, [] { remove(u"f"); }).but("lstat", {ENOENT}, "pathless"),
-        scenario("remove, directory", own, [] { remove(u"e"); }).but("lstat", {ENOENT}, "pathless"),
-        scenario("remove_file", own, [] { remove_file(u"f"); })
-            .but("unlink", {EPERM}, "FileIsDirectory [f]"),
-        scenario("remove_directory", own, [] { remove_directory(u"e"); }),
-        scenario("remove_symlink", own, [] { remove_symlink(u"l"); })
-            .but("unlink", {EPERM}, "FileIsDirectory [l]"),
-        scenario("remove_all", own, [] { remove_all(u"d"); })
+        scenario("read_symlink", own, [=] { return read_symlink(at(u"l")); }),
+        scenario("rename", of_move, [=] { rename(at(u"d/s/f"), at(u"d/n")); })
+            .on("@/d/s/f", "@/d/n"),
+        scenario("remove, file", own, [=] { remove(at(u"f")); }).but("lstat", {ENOENT}, "pathless"),
+        scenario("remove, directory", own, [=] { remove(at(u"e")); })
+            .but("lstat", {ENOENT}, "pathless"),
+        scenario("remove_file", own, [=] { remove_file(at(u"f")); })
+            .but("unlink", {EPERM}, "FileIsDirectory [@/f]"),
+        scenario("remove_directory", own, [=] { remove_directory(at(u"e")); }),
+        scenario("remove_symlink", own, [=] { remove_symlink(at(u"l")); })
+            .but("unlink", {EPERM}, "FileIsDirectory [@/l]"),
+        scenario("remove_all", own, [=] { remove_all(at(u"d")); })
             .but("lstat", {ENOENT}, "pathless")
-            .but("openat d", {ENOENT}, "ok")  // another has removed it
-            .but("openat d/s", {ENOENT}, "DirectoryNotEmpty [d]")
-            .but("openat d", {ENOTDIR, ELOOP}, "FileIsDirectory [d]")
-            .but("openat d/s", {ENOTDIR, ELOOP}, "FileIsDirectory [d/s]")
-            .but("readdir d", {ENOENT}, "ok")
-            .but("readdir d/s", {ENOENT}, "DirectoryNotEmpty [d]")
+            .but("openat @/d", {ENOENT}, "ok")  // another has removed it
+            .but("openat @/d/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
+            .but("openat @/d", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
+            .but("openat @/d/s", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]")
+            .but("readdir @/d", {ENOENT}, "ok")
+            .but("readdir @/d/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
             .but("closedir", {}, "pathless"),
-        scenario("copy_file", of_copy, [] { copy_file(u"f", u"n"); }),
+        scenario("copy_file", of_copy, [=] { copy_file(at(u"f"), at(u"n")); }),
         scenario("copy_file over", of_copy,
-                 [] { copy_file(u"f", u"g", copy_option::overwrite_if_exists); })
-            .on("f", "g"),
+                 [=] { copy_file(at(u"f"), at(u"g"), copy_option::overwrite_if_exists); })
+            .on("@/f", "@/g"),
         scenario("copy_file, skip", of_copy | own,
-                 [] { copy_file(u"f", u"n", copy_option::skip_existing); }),
+                 [=] { copy_file(at(u"f"), at(u"n"), copy_option::skip_existing); }),
         scenario("copy_file, update", of_copy | none,
-                 [] { copy_file(u"f", u"n", copy_option::update_existing); }),
-        scenario("copy_directory", of_copy, [] { copy_directory(u"d", u"n"); }).on("d", "n"),
-        scenario("copy_symlink", own, [] { copy_symlink(u"l", u"n"); })
+                 [=] { copy_file(at(u"f"), at(u"n"), copy_option::update_existing); }),
+        scenario("copy_directory", of_copy, [=] { copy_directory(at(u"d"), at(u"n")); })
+            .on("@/d", "@/n"),
+        scenario("copy_symlink", own, [=] { copy_symlink(at(u"l"), at(u"n")); })
             .but("lstat", {}, "pathless")
             .but("stat", absent, "ok"),
-        scenario("copy, link followed", of_copy | own | none, [] { copy(u"l", u"n"); })
-            .but("lstat f", {ENOENT}, "PathNotFound [l]"),
-        scenario("copy, tree", none | own | of_copy, [] { copy(u"d", u"n", tree); })
-            .on("d/s/f", "n/s/f")
-            .but("open d", {}, listing)
-            .but("open d/s", {}, listing)
-            .but("openat d", {}, listing)
-            .but("openat d/s", {}, listing)
+        scenario("copy, link followed", of_copy | own | none, [=] { copy(at(u"l"), at(u"n")); })
+            .on("f", "@/n")
+            .but("lstat f", {ENOENT}, "PathNotFound [@/l]"),
+        scenario("copy, tree", none | own | of_copy, [=] { copy(at(u"d"), at(u"n"), tree); })
+            .on("@/d/s/f", "@/n/s/f")
+            .but("open @/d", {}, listing)
+            .but("open @/d/s", {}, listing)
+            .but("openat @/d", {}, listing)
+            .but("openat @/d/s", {}, listing)
             .but("opendir", {}, listing)
             .but("fdopendir", {}, listing)
             .but("readdir", {}, listing)
             .but("closedir", {}, listing)
-            .but("realpath", {}, ":n"),
-        scenario("canonical", own, [=] { return canonical(at + u"/l"); })
+            .but("realpath", {}, ":@/n"),
+        scenario("canonical", own, [=] { return canonical(at(u"l")); })
             .but("stat", absent, "PathNotFound"),
-        scenario("weakly_canonical", own, [=] { return weakly_canonical(at + u"/d/x"); })
+        scenario("weakly_canonical", own, [=] { return weakly_canonical(at(u"d/x")); })
             .but("stat", ignored, "*"),
-        scenario("equivalent", of_copy, [] { return equivalent(u"f", u"g"); }).on("f", "g"),
-        scenario("space", own, [] { return space(upath(u".")).capacity > 0; }),
+        scenario("equivalent", of_copy, [=] { return equivalent(at(u"f"), at(u"g")); })
+            .on("@/f", "@/g"),
+        scenario("space", own, [=] { return space(upath(at(u"e"))).capacity > 0; }),
     };
-    int faults = 0;
+    int faults = 0, allocations = 0;
     for (auto const& row : rows) {
         auto const kept = [copies = row.name.rfind("copy", 0) == 0] {
             return copies ? everything_in("f") + everything_in("d") + everything_in("l") : "";
         };
-        faults += sweep(
-            row, [this] { make_tree(); }, kept, [] { return everything_in("."); });
+        auto const prepare = [this] { make_tree(); };
+        auto const effect = [this] { return everything_in(scratch.path8()); };
+        faults += sweep(row, prepare, kept, effect);
+        allocations += sweep_memory(row, prepare, kept, effect);
     }
-    std::printf("%d faults tried\n", faults);
+    std::printf("%d faults and %d lacks of memory tried\n", faults, allocations);
 }
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {

@@ -14,6 +14,8 @@ public:
     ~allocation_watch();
 
     int count() const noexcept;
+    /// Of the last one on this thread.
+    static int last_count() noexcept;
 };
 
 template <class Action>

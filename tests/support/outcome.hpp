@@ -21,6 +21,7 @@ inline std::string error_name(int number) {
                                       {EPERM, "EPERM"},
                                       {ENOSPC, "ENOSPC"},
                                       {EROFS, "EROFS"},
+                                      {ENOMEM, "ENOMEM"},
                                       {ENOSYS, "ENOSYS"}})
         if (known == number) return name;
     return std::to_string(number);
