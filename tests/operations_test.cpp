@@ -10,7 +10,6 @@
 
 #include <sstream>
 #include <string>
-#include <thread>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 
@@ -255,18 +254,6 @@ TYPED_TEST(Operations, ChangeTheWorkingDirectory) {
     TELLS(weakly_canonical(TypeParam(u"./missing")), "");
     scratch_dir::must(::rmdir(bad.c_str()) == 0);
     TELLS(get_current_path(), "PathNotFound");
-}
-
-TYPED_TEST(Operations, ChangeTheWorkingDirectoryOnOneThreadAndReadItOnAnother) {
-    std::thread changer([this] {
-        for (int i = 0; i < 500; ++i) change_current_path(this->at(i % 2 == 0 ? u"d" : u"empty"));
-    });
-    for (int i = 0; i < 500; ++i) {
-        std::u16string const read = get_current_path();
-        EXPECT_TRUE(read == this->scratch / u"d" || read == this->scratch / u"empty" ||
-                    read == utf16(this->scratch.path8()));
-    }
-    changer.join();
 }
 
 TYPED_TEST(Operations, MakeDirectories) {

@@ -102,7 +102,7 @@ std::string rwx(std::uint32_t permissions) {
 }
 
 void print_error(std::ostream& out, fs::FsysExceptionBase const& error) {
-    std::string const identifier = error.message_id();
+    std::string const& identifier = error.message_id();
     out << row{"error"} << identifier.substr(identifier.rfind(':') + 1) << '\n'
         << row{"  message"} << error.what() << '\n'
         << row{"  path"} << quoted(error.path()) << '\n'
