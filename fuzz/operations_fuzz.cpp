@@ -72,6 +72,9 @@ std::u16string tidied(std::u16string const& text) {
     return result;
 }
 
+/// The error number of a call that gave `result`, or 0.
+int failure(int result) { return result == -1 ? errno : 0; }
+
 int remove_tree(std::string const& dir) {
     DIR* const stream = ::opendir(dir.c_str());
     if (stream == nullptr) return errno;
@@ -80,22 +83,17 @@ int remove_tree(std::string const& dir) {
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
         std::string const path = dir + '/' + entry->d_name;
         struct stat found;
-        if (::lstat(path.c_str(), &found) != 0)
-            error = errno;
-        else if (S_ISDIR(found.st_mode))
-            error = remove_tree(path);
-        else if (::unlink(path.c_str()) != 0)
-            error = errno;
+        error = failure(::lstat(path.c_str(), &found));
+        if (error == 0)
+            error = S_ISDIR(found.st_mode) ? remove_tree(path) : failure(::unlink(path.c_str()));
     }
     ::closedir(stream);
-    return error != 0 ? error : ::rmdir(dir.c_str()) == 0 ? 0 : errno;
+    return error != 0 ? error : failure(::rmdir(dir.c_str()));
 }
 
 /// The error number, or 0.
 using model = std::function<int(char const* a, char const* b)>;
 using operation = std::function<void(std::u16string const& a, std::u16string const& b)>;
-
-int failure(int result) { return result == -1 ? errno : 0; }
 
 struct {
     operation operate;
