@@ -410,12 +410,16 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     testing::scratch_dir const elsewhere(other);
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = testing::utf16(target);
-    auto const move = scenario("rename", of_move, [=] { rename(from, to); })
-                          .on("@/d", target)
-                          // What is gone while it is to be removed counts as removed.
-                          .but("openat", {ENOENT, ENOTDIR, ELOOP}, "*")
-                          .but("fdopendir", {ENOTDIR}, "*")
-                          .but("readdir", {ENOENT}, "*");
+    auto move = scenario("rename", of_move, [=] { rename(from, to); })
+                    .on("@/d", target)
+                    // What is gone while it is to be removed counts as removed.
+                    .but("openat", {ENOENT, ENOTDIR, ELOOP}, "*")
+                    .but("fdopendir", {ENOTDIR}, "*")
+                    .but("readdir", {ENOENT}, "*");
+#ifdef _LIBCPP_VERSION
+    // It goes on after a failure, and reports that the directory isn't empty then.
+    move.but("unlinkat", {}, "*");
+#endif
     make_tree();
     std::string const whole = everything_in("d");
     auto const prepare = [&] { make_tree(), std::filesystem::remove_all(target); };
