@@ -108,6 +108,16 @@ TEST(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
     }
 }
 
+TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    InvalidArgument const error("a message that needs memory", u"", {});
+    auto const describe = [&] {
+        testing::allocation_watch const first_one_fails(1);
+        static_cast<void>(error.what());
+    };
+    EXPECT_DEATH(describe(), "bad_alloc");
+}
+
 TEST(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
     auto const report = [] {
         std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
