@@ -42,12 +42,27 @@ int error_of(Step step) try {
     return thrown.code().value();
 }
 
+/// Sets `code` unless all that the directory `from8` holds is in `to8`. Some standard libraries end a
+/// copy without an error where the listing of a directory breaks off, and the source goes next.
+void check_copied(std::string const& from8, std::string const& to8, std::error_code& code) {
+    namespace fs = std::filesystem;
+    if (!fs::is_directory(fs::symlink_status(from8, code))) return;
+    for (fs::recursive_directory_iterator entry(from8, code), end; !code && entry != end;
+         entry.increment(code)) {
+        std::string const copied8 = to8 + entry->path().native().substr(from8.size());
+        if (fs::symlink_status(copied8, code).type() == fs::file_type::not_found)
+            code = std::make_error_code(std::errc::io_error);
+        if (code) return;
+    }
+}
+
 /// Moves by copying and removing. Gives the error number of the step that failed, or 0.
 int move_across_devices(std::string const& from8, std::string const& to8,
                         rename_options const& options) {
     namespace fs = std::filesystem;
     constexpr auto copy_options = fs::copy_options::recursive | fs::copy_options::copy_symlinks;
-    int const error = error_of([&](auto& code) { fs::copy(from8, to8, copy_options, code); });
+    int error = error_of([&](auto& code) { fs::copy(from8, to8, copy_options, code); });
+    if (error == 0) error = error_of([&](auto& code) { check_copied(from8, to8, code); });
     if (error != 0) return error;
     if (options.preserve_last_write_time != 0) transfer_write_times(from8, to8);
     return error_of([&](auto& code) { fs::remove_all(from8, code); });
