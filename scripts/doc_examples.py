@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""Takes the C++ examples out of README.md and docs/*.md, so that they are compiled as the tests are.
+
+    scripts/doc_examples.py FOLDER    writes them there and prints the files, one a line
+    scripts/doc_examples.py --links   checks that links between the pages lead somewhere
+
+A block marked ```cpp is a whole program and becomes NAME_program_N.cpp. The blocks of a page marked
+```cpp fragment become functions of one file, NAME_fragments.cpp.
+"""
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md", *sorted(ROOT.glob("docs/*.md"))]
+PROLOGUE = """\
+#include <cerrno>
+#include <iostream>
+#include <string>
+#include <unordered_set>
+
+#include <boost/exception_ptr.hpp>
+
+#include <ko/filesystem.hpp>
+
+namespace fs = ko::filesystem;
+"""
+
+
+def blocks(page):
+    """The C++ blocks of `page`: what they are marked as, their first line's number, their text."""
+    mark, start, lines = None, 0, []
+    for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
+        if line.startswith("```"):
+            if mark is not None and mark.split()[:1] == ["cpp"]:
+                yield mark, start, "\n".join(lines) + "\n"
+            mark, start, lines = (line[3:].strip() if mark is None else None), number + 1, []
+        elif mark is not None:
+            lines.append(line)
+    if mark is not None:
+        sys.exit(f"{page.relative_to(ROOT)}:{start - 1}: a block without an end")
+
+
+def examples(page):
+    """The files for the blocks of `page`, by name."""
+    stem, name, files, fragments = page.stem.lower(), page.relative_to(ROOT), {}, ""
+    for mark, line, text in blocks(page):
+        if mark == "cpp":
+            files[f"{stem}_program_{len(files) + 1}.cpp"] = f'#line {line} "{name}"\n{text}'
+        elif mark == "cpp fragment":
+            fragments += f'\nvoid {stem}_line_{line}() {{\n#line {line} "{name}"\n{text}}}\n'
+        else:
+            sys.exit(f"{name}:{line - 1}: neither a program nor a fragment: {mark}")
+    if fragments:
+        files[f"{stem}_fragments.cpp"] = PROLOGUE + fragments
+    return files
+
+
+def write(folder):
+    folder.mkdir(parents=True, exist_ok=True)
+    wanted = {}
+    for page in PAGES:
+        wanted.update(examples(page))
+    for old in folder.glob("*.cpp"):
+        if old.name not in wanted:
+            old.unlink()
+    for name, text in sorted(wanted.items()):
+        file = folder / name
+        if not file.exists() or file.read_text(encoding="utf-8") != text:  # else it stays built
+            file.write_text(text, encoding="utf-8")
+        print(file)
+
+
+def anchors(page):
+    """What a link to a heading of `page` may name."""
+    headings = re.findall(r"^#+ +(.*)$", page.read_text(encoding="utf-8"), re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+def check_links():
+    complaints = links = 0
+    for page in PAGES:
+        text = re.sub(r"^```.*?^```", "", page.read_text(encoding="utf-8"), flags=re.M | re.S)
+        for target in re.findall(r"\]\(([^)\s]+)\)", text):
+            if re.match(r"[a-z]+:", target):
+                continue
+            links += 1
+            file, _, anchor = target.partition("#")
+            other = (page.parent / file).resolve() if file else page
+            if not other.exists() or (anchor and anchor not in anchors(other)):
+                complaints += 1
+                print(f"{page.relative_to(ROOT)}: leads nowhere: {target}")
+    if not complaints:
+        print(f"{links} links lead somewhere")
+    return 1 if complaints else 0
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    sys.exit(check_links() if sys.argv[1] == "--links" else write(pathlib.Path(sys.argv[1])))
