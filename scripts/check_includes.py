@@ -12,7 +12,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = [
     {"config", "file_status", "options", "detail/current_directory", "detail/path_constants",
-     "posix/file_identity", "posix/handles"},
+     "detail/text_scan", "posix/file_identity", "posix/handles"},
     {"exceptions", "exceptions/fsys_exception_base", "exceptions/invalid_argument",
      "exceptions/path_errors", "exceptions/throw", "posix/iconv_converter"},
     {"detail/encoding", "posix/encoding", "detail/path_algorithms"},
