@@ -1,6 +1,5 @@
 #include "commands.hpp"
 
-#include <climits>
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -9,6 +8,7 @@
 #include <ko/filesystem.hpp>
 
 #include "report.hpp"
+#include "result.hpp"
 #include "tour.hpp"
 
 namespace kofs {
@@ -27,33 +27,23 @@ std::u16string text(arguments const& given, std::size_t index) {
     return index < given.operands.size() ? text(given.operands[index]) : std::u16string();
 }
 
-int print(std::u16string const& result) {
-    std::cout << shown(result) << '\n';
-    return EXIT_SUCCESS;
-}
-
-int answer(bool yes) {
-    std::cout << (yes ? "yes" : "no") << '\n';
-    return yes ? EXIT_SUCCESS : EXIT_FAILURE;
-}
-
-/// A command that does `operation` to each operand.
+/// A command that does `Operation` to its operand.
 template <void (*Operation)(std::u16string const&)>
 int for_each(arguments const& given) {
-    for (std::string const& operand : given.operands) Operation(text(operand));
+    Operation(text(given, 0));
     return EXIT_SUCCESS;
 }
 
 /// A command that prints what `operation` makes of the one operand.
 template <std::u16string (*Operation)(std::u16string const&)>
 int print_result(arguments const& given) {
-    return print(Operation(text(given, 0)));
+    return print(given, Operation(text(given, 0)));
 }
 
 /// The same with a second operand that may be left out.
 template <std::u16string (*Operation)(std::u16string const&, std::u16string const&)>
 int print_result_against(arguments const& given) {
-    return print(Operation(text(given, 0), text(given, 1)));
+    return print(given, Operation(text(given, 0), text(given, 1)));
 }
 
 // Permissions
@@ -106,7 +96,7 @@ int permissions(arguments const& given) {
         for (std::string const& value : given.options.at(option)) perms |= permission_bits(value);
     }
     if (ways != 1) throw usage_error("one of --set, --add and --remove is needed");
-    for (std::string const& operand : given.operands) fs::permissions(text(operand), perms);
+    fs::permissions(text(given, 0), perms);
     return EXIT_SUCCESS;
 }
 
@@ -117,24 +107,29 @@ int access(arguments const& given) {
                                       {"write", fs::access_write},
                                       {"execute", fs::access_execute}})
         if (given.has(option)) mode |= bit;
-    return answer(fs::access(text(given, 0), mode == 0 ? fs::access_exists : mode));
+    return answer(given, fs::access(text(given, 0), mode == 0 ? fs::access_exists : mode));
 }
 
 // Status
 
-int exists(arguments const& given) { return answer(fs::exists(text(given, 0))); }
+int exists(arguments const& given) { return answer(given, fs::exists(text(given, 0))); }
 
 int status(arguments const& given) {
-    bool all_found = true;
-    for (std::string const& operand : given.operands)
-        all_found = describe(operand, std::cout, std::cerr) && all_found;
-    return all_found ? EXIT_SUCCESS : EXIT_FAILURE;
+    bool found = false;
+    if (given.json)
+        print_json(given, "result", description_json(given.operands[0], found));
+    else
+        found = describe(given.operands[0], std::cout, std::cerr);
+    return found ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 template <fs::file_status (*Query)(std::u16string const&)>
 int print_status_of(arguments const& given) {
     auto const found = Query(text(given, 0));
-    print_status(found, std::cout);
+    if (given.json)
+        print_json(given, "result", status_json(found));
+    else
+        print_status(found, std::cout);
     return found.type == fs::file_status::file_not_found ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
@@ -144,7 +139,10 @@ int status_express_light(arguments const& given) {
     shown_part.type = found.type;
     shown_part.last_write_time = found.last_write_time;
     shown_part.size = found.size;
-    print_status(shown_part, std::cout);
+    if (given.json)
+        print_json(given, "result", status_json(found));
+    else
+        print_status(shown_part, std::cout);
     return found.type == fs::file_status::file_not_found ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
@@ -166,14 +164,12 @@ int rename(arguments const& given) {
 }
 
 int remove(arguments const& given) {
-    for (std::string const& operand : given.operands) {
-        if (given.has("directory"))
-            fs::remove(text(operand), fs::file_status::directory_file);
-        else if (given.has("file"))
-            fs::remove(text(operand), fs::file_status::regular_file);
-        else
-            fs::remove(text(operand));
-    }
+    if (given.has("directory"))
+        fs::remove(text(given, 0), fs::file_status::directory_file);
+    else if (given.has("file"))
+        fs::remove(text(given, 0), fs::file_status::regular_file);
+    else
+        fs::remove(text(given, 0));
     return EXIT_SUCCESS;
 }
 
@@ -215,40 +211,52 @@ int for_two(arguments const& given) {
 // The rest
 
 int relative(arguments const& given) {
-    return print(given.operands.size() == 1 ? fs::relative(text(given, 0))
-                                            : fs::relative(text(given, 0), text(given, 1)));
+    return print(given, given.operands.size() == 1 ? fs::relative(text(given, 0))
+                                                   : fs::relative(text(given, 0), text(given, 1)));
 }
 
-int current_path(arguments const&) { return print(fs::get_current_path()); }
+int current_path(arguments const& given) { return print(given, fs::get_current_path()); }
 
 int change_current_path(arguments const& given) {
-    return fs::change_current_path(text(given, 0)) ? current_path(given) : answer(false);
+    return fs::change_current_path(text(given, 0)) ? current_path(given) : answer(given, false);
 }
 
 int equivalent(arguments const& given) {
-    return answer(fs::equivalent(text(given, 0), text(given, 1)));
+    return answer(given, fs::equivalent(text(given, 0), text(given, 1)));
 }
 
 int space(arguments const& given) {
     auto const info = fs::space(fs::upath(text(given, 0)));
-    std::cout << "capacity  " << info.capacity << " bytes\nfree      " << info.free
-              << " bytes\navailable " << info.available << " bytes\n";
+    if (given.json)
+        print_json(
+            given, "result",
+            {{"capacity", info.capacity}, {"free", info.free}, {"available", info.available}});
+    else
+        std::cout << "capacity  " << info.capacity << " bytes\nfree      " << info.free
+                  << " bytes\navailable " << info.available << " bytes\n";
     return EXIT_SUCCESS;
 }
 
 int get_unc_path(arguments const& given) {
-    return print(fs::get_unc_path(text(given, 0), /*flag=*/false));
+    return print(given, fs::get_unc_path(text(given, 0), /*flag=*/false));
 }
 
 }  // namespace
 
 std::vector<command> commands() {
     return {
-        {"tour", "", 0, 0, "Walk through every operation in a scratch directory", {}, tour},
+        {"tour",
+         "",
+         0,
+         0,
+         "Walk through every operation in a scratch directory",
+         {},
+         tour,
+         nature::narrates},
         {"status",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Tell each path's native form and parts, and what is there",
          {},
          status},
@@ -280,13 +288,14 @@ std::vector<command> commands() {
         {"permissions",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Change permissions, given as names like owner_read,group_all or in octal",
          {{"set", "PERMS", "These and no others"},
           {"add", "PERMS", "These as well"},
           {"remove", "PERMS", "All but these"},
           {"no-follow", nullptr, "Of a link itself, where the system can"}},
-         permissions},
+         permissions,
+         nature::acts},
         {"current-path", "", 0, 0, "Print the working directory", {}, current_path},
         {"change-current-path",
          "PATH",
@@ -298,17 +307,19 @@ std::vector<command> commands() {
         {"create-directory",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Make directories",
          {},
-         for_each<fs::create_directory>},
+         for_each<fs::create_directory>,
+         nature::acts},
         {"create-directories",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Make directories and those above them",
          {},
-         for_each<fs::create_directories>},
+         for_each<fs::create_directories>,
+         nature::acts},
         {"create-symlink",
          "TARGET LINK",
          2,
@@ -316,44 +327,57 @@ std::vector<command> commands() {
          "Make a symbolic link with the text TARGET",
          {{"file", nullptr, "For a file; makes no difference here"},
           {"directory", nullptr, "For a directory; makes no difference here"}},
-         create_symlink},
+         create_symlink,
+         nature::acts},
         {"rename",
          "FROM TO",
          2,
          2,
          "Move, to another file system as well",
          {{"keep-times", nullptr, "Keep the write times of files that had to be copied"}},
-         rename},
+         rename,
+         nature::takes_time},
         {"remove",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Remove files, links and empty directories",
          {{"file", nullptr, "As remove-file, without looking first"},
           {"directory", nullptr, "As remove-directory, without looking first"}},
-         remove},
+         remove,
+         nature::takes_time},
         {"remove-file",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Remove files or links",
          {},
-         for_each<fs::remove_file>},
+         for_each<fs::remove_file>,
+         nature::takes_time},
         {"remove-directory",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Remove empty directories",
          {},
-         for_each<fs::remove_directory>},
+         for_each<fs::remove_directory>,
+         nature::takes_time},
         {"remove-symlink",
          "PATH...",
          1,
-         INT_MAX,
+         any_number,
          "Remove links or files",
          {},
-         for_each<fs::remove_symlink>},
-        {"remove-all", "PATH...", 1, INT_MAX, "Remove whole trees", {}, for_each<fs::remove_all>},
+         for_each<fs::remove_symlink>,
+         nature::takes_time},
+        {"remove-all",
+         "PATH...",
+         1,
+         any_number,
+         "Remove whole trees",
+         {},
+         for_each<fs::remove_all>,
+         nature::takes_time},
         {"read-symlink",
          "PATH",
          1,
@@ -383,17 +407,26 @@ std::vector<command> commands() {
          {},
          print_result<fs::weakly_canonical>},
         {"relative", "PATH [BASE]", 1, 2, "Print the way from BASE, or from here", {}, relative},
-        {"copy", "FROM TO", 2, 2, "Copy anything", copy_options, copy_with_options<fs::copy>},
+        {"copy", "FROM TO", 2, 2, "Copy anything", copy_options, copy_with_options<fs::copy>,
+         nature::takes_time},
         {"copy-file", "FROM TO", 2, 2, "Copy a file", copy_options,
-         copy_with_options<fs::copy_file>},
+         copy_with_options<fs::copy_file>, nature::takes_time},
         {"copy-directory",
          "FROM TO",
          2,
          2,
          "Make a directory with another's permissions",
          {},
-         for_two<fs::copy_directory>},
-        {"copy-symlink", "FROM TO", 2, 2, "Copy a link as a link", {}, for_two<fs::copy_symlink>},
+         for_two<fs::copy_directory>,
+         nature::takes_time},
+        {"copy-symlink",
+         "FROM TO",
+         2,
+         2,
+         "Copy a link as a link",
+         {},
+         for_two<fs::copy_symlink>,
+         nature::takes_time},
         {"equivalent", "PATH PATH", 2, 2, "Tell whether both lead to one file", {}, equivalent},
         {"space", "PATH", 1, 1, "Tell how large the file system is, and what is free", {}, space},
         {"get-unc-path",
@@ -409,7 +442,8 @@ std::vector<command> commands() {
          2,
          "Fail: other platforms have shortcuts",
          {},
-         for_two<fs::create_shortcut>},
+         for_two<fs::create_shortcut>,
+         nature::acts},
     };
 }
 

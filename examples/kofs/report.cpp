@@ -1,7 +1,9 @@
 #include "report.hpp"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <iomanip>
 #include <ostream>
 #include <stdexcept>
@@ -22,6 +24,10 @@ struct row {
         return out << "  " << std::left << std::setw(13) << r.name << ' ';
     }
 };
+
+boost::posix_time::ptime epoch() {
+    return boost::posix_time::ptime(boost::gregorian::date(1970, 1, 1));
+}
 
 std::string quoted(std::u16string const& text) { return '"' + shown(text) + '"'; }
 
@@ -52,9 +58,40 @@ std::string shown(boost::posix_time::ptime const& time) {
     try {
         return boost::posix_time::to_simple_string(time) + " UTC";
     } catch (std::out_of_range const&) {
-        boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
-        return std::to_string((time - epoch).ticks()) + " microseconds from 1970";
+        return std::to_string((time - epoch()).ticks()) + " microseconds from 1970";
     }
+}
+
+/// A year of more than four digits has six, and its sign.
+std::string iso_time(std::int64_t microseconds) {
+    std::int64_t const part = (microseconds % 1'000'000 + 1'000'000) % 1'000'000;
+    auto const seconds = static_cast<std::time_t>((microseconds - part) / 1'000'000);
+    std::tm utc{};
+    ::gmtime_r(&seconds, &utc);
+    int const year = utc.tm_year + 1900;
+    char text[64];
+    std::snprintf(text, sizeof text,
+                  year < 0 || year > 9999 ? "%+07d-%02d-%02dT%02d:%02d:%02d.%06dZ"
+                                          : "%04d-%02d-%02dT%02d:%02d:%02d.%06dZ",
+                  year, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec,
+                  static_cast<int>(part));
+    return text;
+}
+
+/// Null for no time, and for one that the library had to call infinite.
+json json_of(boost::posix_time::ptime const& time) {
+    if (time.is_special()) return nullptr;
+    try {
+        return iso_time((time - epoch()).ticks());
+    } catch (std::out_of_range const&) {
+        return nullptr;
+    }
+}
+
+json octal(std::uint32_t permissions) {
+    char text[12];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(permissions));
+    return text;
 }
 
 void print_details(fs::file_status const& s, std::ostream& out) {
@@ -64,6 +101,11 @@ void print_details(fs::file_status const& s, std::ostream& out) {
         << row{"written"} << shown(s.last_write_time) << '\n'
         << row{"accessed"} << shown(s.last_access_time) << '\n'
         << row{"changed"} << shown(s.last_status_change_time) << '\n';
+}
+
+std::string class_name(fs::FsysExceptionBase const& error) {
+    std::string const& identifier = error.message_id();
+    return identifier.substr(identifier.rfind(':') + 1);
 }
 
 }  // namespace
@@ -88,6 +130,24 @@ void print_status(fs::file_status const& found, std::ostream& out) {
     if (found.type != fs::file_status::file_not_found) print_details(found, out);
 }
 
+json status_json(fs::file_status const& found) {
+    if (found.type == fs::file_status::file_not_found) return nullptr;
+    return {{"type", type_name(found.type)},
+            {"permissions", rwx(found.permissions)},
+            {"mode", octal(found.permissions)},
+            {"size", found.size},
+            {"written", json_of(found.last_write_time)},
+            {"accessed", json_of(found.last_access_time)},
+            {"changed", json_of(found.last_status_change_time)}};
+}
+
+json status_json(fs::file_status_light const& found) {
+    if (found.type == fs::file_status::file_not_found) return nullptr;
+    return {{"type", type_name(found.type)},
+            {"size", found.size},
+            {"written", json_of(found.last_write_time)}};
+}
+
 std::string rwx(std::uint32_t permissions) {
     std::string text = "rwxrwxrwx";
     for (std::size_t i = 0; i != text.size(); ++i)
@@ -102,8 +162,7 @@ std::string rwx(std::uint32_t permissions) {
 }
 
 void print_error(std::ostream& out, fs::FsysExceptionBase const& error) {
-    std::string const& identifier = error.message_id();
-    out << row{"error"} << identifier.substr(identifier.rfind(':') + 1) << '\n'
+    out << row{"error"} << class_name(error) << '\n'
         << row{"  message"} << error.what() << '\n'
         << row{"  path"} << quoted(error.path()) << '\n'
         << row{"  arguments"};
@@ -113,6 +172,12 @@ void print_error(std::ostream& out, fs::FsysExceptionBase const& error) {
     if (error.system_error_number() != 0)
         out << " (" << std::strerror(error.system_error_number()) << ')';
     out << '\n';
+}
+
+json error_json(fs::FsysExceptionBase const& error) {
+    return {{"class", class_name(error)},     {"id", error.message_id()},
+            {"what", error.what()},           {"path", error.path()},
+            {"arguments", error.arguments()}, {"number", error.system_error_number()}};
 }
 
 bool describe(std::string const& text, std::ostream& out, std::ostream& errors) {
@@ -136,6 +201,23 @@ bool describe(std::string const& text, std::ostream& out, std::ostream& errors) 
         print_error(errors, error);
         return false;
     }
+}
+
+json description_json(std::string const& text, bool& found) {
+    auto const path = fs::upath::from_utf8(text);
+    auto const parts = fs::detail::extract_pathname_elements(path.native());
+    bool const exists = fs::exists(path);
+    auto const there = fs::symlink_status(path);
+    found = there.type != fs::file_status::file_not_found;
+    return {{"native_form", path.native()},
+            {"root", path.root_path().native()},
+            {"parent", parts.parent_path},
+            {"filename", parts.filename},
+            {"stem", parts.stem},
+            {"extension", parts.extension},
+            {"exists", exists},
+            {"symlink_status", status_json(there)},
+            {"status", status_json(fs::status(path))}};
 }
 
 }  // namespace kofs

@@ -1,0 +1,142 @@
+#include "elapsed_time.hpp"
+
+#include <sys/select.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <ctime>
+#include <system_error>
+
+namespace kofs {
+
+namespace {
+
+volatile std::sig_atomic_t caught_signal = 0;
+
+/// Writes to the terminal. What fails is not worth a word: the line is a courtesy.
+void put(std::string const& text) {
+    for (std::size_t done = 0; done != text.size();) {
+        ssize_t const count = ::write(STDERR_FILENO, text.data() + done, text.size() - done);
+        if (count < 0 && errno != EINTR) return;
+        if (count > 0) done += static_cast<std::size_t>(count);
+    }
+}
+
+std::string clock_text(long seconds) {
+    char text[40];
+    if (seconds < 3600)
+        std::snprintf(text, sizeof text, "%ld:%02ld", seconds / 60, seconds % 60);
+    else
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", seconds / 3600, seconds / 60 % 60,
+                      seconds % 60);
+    return text;
+}
+
+/// A background job's line would spoil what the user types.
+bool in_foreground() { return ::tcgetpgrp(STDERR_FILENO) == ::getpgrp(); }
+
+}  // namespace
+
+std::unique_ptr<elapsed_time> elapsed_time::shown(std::string const& command) {
+    if (::isatty(STDERR_FILENO) == 0) return nullptr;
+    try {
+        return std::unique_ptr<elapsed_time>(new elapsed_time(command));
+    } catch (std::system_error const&) {
+        return nullptr;
+    }
+}
+
+elapsed_time::elapsed_time(std::string const& command) : command_(command) {
+    if (::pipe(stop_) != 0) throw std::system_error(errno, std::generic_category());
+    if (stop_[0] >= FD_SETSIZE) {
+        ::close(stop_[0]);
+        ::close(stop_[1]);
+        throw std::system_error(EMFILE, std::generic_category());
+    }
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    for (int const signal : ending_signals) sigaddset(&blocked, signal);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &mask_before_);
+    struct sigaction action {};
+    action.sa_handler = [](int number) { caught_signal = number; };
+    action.sa_mask = blocked;
+    struct sigaction* before = actions_before_;
+    for (int const signal : ending_signals) {
+        ::sigaction(signal, nullptr, before);
+        // What is ignored, as nohup has it, stays so.
+        if (before->sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+        ++before;
+    }
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (...) {
+        restore();
+        throw;
+    }
+}
+
+elapsed_time::~elapsed_time() {
+    ::close(stop_[1]);
+    stop_[1] = -1;
+    thread_.join();
+    restore();
+}
+
+/// Puts back what the constructor changed. A signal that is still waiting then ends the process.
+void elapsed_time::restore() noexcept {
+    for (int const end : stop_)
+        if (end != -1) ::close(end);
+    struct sigaction const* before = actions_before_;
+    for (int const signal : ending_signals) ::sigaction(signal, before++, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &mask_before_, nullptr);
+}
+
+void elapsed_time::run() {
+    using clock = std::chrono::steady_clock;
+    auto const start = clock::now();
+    for (long next = 1;;) {
+        auto const left = std::chrono::duration_cast<std::chrono::nanoseconds>(
+            start + std::chrono::seconds(next) - clock::now());
+        if (left.count() <= 0) {
+            draw(next++);
+            continue;
+        }
+        timespec wait;
+        wait.tv_sec = static_cast<std::time_t>(left.count() / 1'000'000'000);
+        wait.tv_nsec = static_cast<long>(left.count() % 1'000'000'000);
+        fd_set ends;
+        FD_ZERO(&ends);
+        FD_SET(stop_[0], &ends);
+        int const found = ::pselect(stop_[0] + 1, &ends, nullptr, nullptr, &wait, &mask_before_);
+        if (caught_signal != 0) end_process(caught_signal);
+        if (found > 0) break;
+    }
+    erase();
+}
+
+void elapsed_time::draw(long seconds) {
+    if (!in_foreground()) return;
+    line_ = "kofs " + command_ + ": " + clock_text(seconds);
+    put('\r' + line_);
+}
+
+/// Not with an escape sequence, which not every terminal knows. Behind the line there may be the ^C
+/// of who has had enough.
+void elapsed_time::erase() {
+    if (!line_.empty() && in_foreground()) put('\r' + std::string(line_.size() + 2, ' ') + '\r');
+    line_.clear();
+}
+
+void elapsed_time::end_process(int signal) {
+    erase();
+    struct sigaction action {};
+    action.sa_handler = SIG_DFL;
+    ::sigaction(signal, &action, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &mask_before_, nullptr);
+    std::raise(signal);
+}
+
+}  // namespace kofs
