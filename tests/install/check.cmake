@@ -23,6 +23,11 @@ foreach(way ${WAYS})
     if(NOT way STREQUAL "subproject" AND NOT EXISTS ${work}/prefix)
         run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${work}/installed)
         file(RENAME ${work}/installed ${work}/prefix) # what is installed can be moved
+        file(GLOB_RECURSE hidden ${work}/prefix/include/*)
+        list(FILTER hidden INCLUDE REGEX "/posix/|/(throw|error_mapping|path_algorithms|text_scan)\\.hpp$")
+        if(hidden)
+            message(FATAL_ERROR "not for callers: ${hidden}")
+        endif()
     endif()
     run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/${way} ${settings} -DWAY=${way}
         -DSOURCE=${SOURCE} ${pkgconfig_settings})
