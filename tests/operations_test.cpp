@@ -178,8 +178,6 @@ TYPED_TEST(Operations, AskForAccess) {
     auto const at = [this](std::u16string const& name) { return this->at(name); };
     std::string const bad_mode = "InvalidArgument \"Unsupported Access Mode\"";
     TELLS(access(at(u"missing"), access_exists | access_write), "no");
-    TELLS(access(at(u"missing"), access_write), "PathNotFound [@/missing]");
-    TELLS(access(at(u"f/x"), access_exists), "NotDirectoryError [@/f/x]");
     TELLS(access(at(std::u16string(u"f\0", 2)), access_exists), "InvalidArgument \"\" [@/f\\0]");
     TELLS(access(TypeParam(u""), 0), this->no_path);
     for (unsigned const mode : {0u, 16u, ~0u}) TELLS(access(at(u"f"), mode), bad_mode);
@@ -235,8 +233,6 @@ TYPED_TEST(Operations, ChangeTheWorkingDirectory) {
     TELLS(change_current_path(TypeParam(u"..")), "yes");
     TELLS(detail::get_cwd_mt(), this->scratch.path8());
     TELLS(change_current_path(TypeParam(u"")), "no");
-    TELLS(change_current_path(at(u"missing")), "PathNotFound [@/missing]");
-    TELLS(change_current_path(at(u"f")), "NotDirectoryError [@/f]");
     TELLS(detail::set_cwd_mt(std::string("/\0x", 3)), "InvalidArgument \"\" [/\\0x]");
     TELLS(get_current_path(), "@");
     for (int level = 0; level < 12; ++level) {
@@ -270,8 +266,6 @@ TYPED_TEST(Operations, MakeDirectories) {
     TELLS(create_directories(TypeParam(u"")), this->no_path);
     TELLS(create_directory(at(u"d")), "FileExistsError [@/d]");
     TELLS(create_directories(at(u"d")), "FileExistsError [@/d]");
-    TELLS(create_directory(at(u"no/b")), "PathNotFound [@/no/b]");
-    TELLS(create_directories(at(u"f/b")), "NotDirectoryError [@/f/b]");
     TELLS(create_directories(at(u"f/b/c")), "NotDirectoryError [@/f/b]");
     TELLS(create_directories(at(this->lone)), "PathNotFound");
     TELLS(create_directories(at(u"n/" + this->long_name + u"/x")),
@@ -309,8 +303,6 @@ TYPED_TEST(Operations, MakeAndReadLinks) {
     TELLS(read_symlink(at(u"bad")), "");
     TELLS(read_symlink(as(u"")), "");
     TELLS(read_symlink(at(u"\u6F22")), "InvalidArgument \"\" [@/\u6F22]");
-    TELLS(read_symlink(at(u"f/x")), "NotDirectoryError [@/f/x]");
-    TELLS(read_symlink(at(u"no")), "PathNotFound [@/no]");
 }
 
 TYPED_TEST(Operations, RemoveByTheKindOfTheEntry) {
@@ -318,7 +310,6 @@ TYPED_TEST(Operations, RemoveByTheKindOfTheEntry) {
     std::u16string const zero = u"d" + std::u16string(1, u'\0') + u"x";
     auto const dir = file_status::directory_file, file = file_status::regular_file;
     TELLS(remove(at(u"d")), "DirectoryNotEmpty [@/d]");
-    TELLS(remove(at(u"d"), dir), "DirectoryNotEmpty [@/d]");
     TELLS(remove(at(u"d"), file), "FileIsDirectory [@/d]");
     TELLS(remove_file(at(u"d")), "FileIsDirectory [@/d]");
     TELLS(remove_directory(at(u"d")), "DirectoryNotEmpty [@/d]");
@@ -328,8 +319,6 @@ TYPED_TEST(Operations, RemoveByTheKindOfTheEntry) {
     TELLS(remove(at(u"missing")), "PathNotFound");
     TELLS(remove_all(at(u"missing")), "PathNotFound");
     TELLS(remove_file(at(u"missing")), "PathNotFound [@/missing]");
-    TELLS(remove_directory(at(u"missing")), "PathNotFound [@/missing]");
-    TELLS(remove(at(u"f/x")), "NotDirectoryError [@/f/x]");
     TELLS(remove_all(at(zero)), "InvalidArgument \"\" [@/d\\0x]");
     for (char16_t const* const gone : {u"f", u"empty", u"dangling", u"fifo", u"loop"}) {
         TELLS(remove(at(gone)), "ok");
@@ -371,8 +360,6 @@ TYPED_TEST(Operations, RenameWithinAFileSystem) {
     TELLS(rename(at(u"f"), at(u"no/x")), "PathNotFound [@/no/x]");
     TELLS(rename(at(u"f/x"), at(u"x")), "NotDirectoryError [@/x]");
     TELLS(rename(at(u"f"), at(u"d")), "FileIsDirectory [@/d]");
-    TELLS(rename(at(u"d"), at(u"f")), "NotDirectoryError [@/f]");
-    TELLS(rename(at(u"empty"), at(u"d")), "DirectoryNotEmpty [@/d]");
     TELLS(rename(at(u"f"), at(this->long_name)), long_path);
     TELLS(rename(at(this->long_name), at(u"f")), long_path);
     TELLS(rename(at(u"d"), at(u"d/x")), "InvalidArgument \"\" [@/d] [@/d/x]");
