@@ -102,24 +102,21 @@ private:
 
     template <class Action>
     added add(char const* way, Action action) {
-        auto const run = [action, prepare = prepare_](benchmark::State& state) {
+        auto const act = [action] {
+            if constexpr (std::is_void_v<decltype(action())>)
+                action();
+            else
+                benchmark::DoNotOptimize(action());
+        };
+        auto const run = [act, prepare = prepare_](benchmark::State& state) {
             for (auto _ : state) {
                 if (prepare) {
                     state.PauseTiming();
                     prepare();
                     state.ResumeTiming();
                 }
-                if constexpr (std::is_void_v<decltype(action())>)
-                    action();
-                else
-                    benchmark::DoNotOptimize(action());
+                act();
             }
-        };
-        auto const act = [action] {
-            if constexpr (std::is_void_v<decltype(action())>)
-                action();
-            else
-                benchmark::DoNotOptimize(action());
         };
         auto const prepare = prepare_ ? prepare_ : [] {};
         counted_ways().push_back({name_, way, prepare, act, is_large_});

@@ -54,28 +54,28 @@ bool has_doubled(std::basic_string_view<CharT> text, CharT c) noexcept {
                       doubled);
 }
 
-/// Whether every unit of `text` is from U+0001 to U+007F.
-template <class CharT>
-bool is_ascii_without_zero(std::basic_string_view<CharT> text) noexcept {
+/// Whether what `bits` makes of each unit of `text`, alone or in a block, has none but the lower seven.
+template <class CharT, class Bits>
+bool has_seven_bits(std::basic_string_view<CharT> text, Bits bits) noexcept {
     using block = text_block<CharT>;
     using unit = typename block::unit;
-    if (text.size() < block::size)
-        return std::all_of(text.begin(), text.end(),
-                           [](CharT c) { return static_cast<unit>(c - 1) < 0x7F; });
-    // What lies before zero has the upper bits too.
-    auto const bits = [](CharT const* p) { return block::load(p) | (block::load(p) - 1); };
-    return !block::any(text, static_cast<unit>(~0x7Fu), bits);
+    constexpr auto upper = static_cast<unit>(~0x7Fu);
+    if (text.size() >= block::size)
+        return !block::any(text, upper, [bits](CharT const* p) { return bits(block::load(p)); });
+    return std::none_of(text.begin(), text.end(),
+                        [=](CharT c) { return (bits(static_cast<unit>(c)) & upper) != 0; });
 }
 
 /// Whether every unit of `text` is below U+0080.
 template <class CharT>
 bool is_ascii(std::basic_string_view<CharT> text) noexcept {
-    using block = text_block<CharT>;
-    using unit = typename block::unit;
-    if (text.size() < block::size)
-        return std::all_of(text.begin(), text.end(),
-                           [](CharT c) { return static_cast<unit>(c) < 0x80; });
-    return !block::any(text, static_cast<unit>(~0x7Fu), block::load);
+    return has_seven_bits(text, [](auto units) { return units; });
+}
+
+/// Whether every unit of `text` is from U+0001 to U+007F. What lies before zero has the upper bits.
+template <class CharT>
+bool is_ascii_without_zero(std::basic_string_view<CharT> text) noexcept {
+    return has_seven_bits(text, [](auto units) { return units | (units - 1); });
 }
 
 }  // namespace ko::filesystem::detail
