@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 
@@ -16,13 +14,3 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
             std::abort();                                                        \
         }                                                                        \
     } while (false)
-
-inline std::u16string units_of(std::uint8_t const* data, std::size_t size) {
-    std::u16string text(size / 2, u'\0');
-    if (!text.empty()) std::memcpy(text.data(), data, text.size() * 2);
-    return text;
-}
-
-inline std::string bytes_of(std::uint8_t const* data, std::size_t size) {
-    return {reinterpret_cast<char const*>(data), size};
-}

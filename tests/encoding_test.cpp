@@ -22,10 +22,14 @@ std::string const bytes = "a\x7F\x80\xBF\xC1\xC3\xE0\xA0\xED\xE2\xF0\x90\xF4\xF8
 
 TEST(Encoding, ConvertsEveryShortTextByTheRule) {
     for_each_text(units + u'\0', 4, [](std::u16string const& text) {
+        std::u16string const padded = u"a whole vector of " + text;
         ASSERT_EQ(to_filesystem(text), expected_utf8(text)) << ::testing::PrintToString(text);
+        ASSERT_EQ(to_filesystem(padded), expected_utf8(padded));
     });
     for_each_text(bytes + '\0', 4, [](std::string const& text) {
+        std::string const padded = "a whole vector of " + text;
         ASSERT_EQ(from_filesystem(text), expected_utf16(text)) << ::testing::PrintToString(text);
+        ASSERT_EQ(from_filesystem(padded), expected_utf16(padded));
     });
 }
 

@@ -97,6 +97,8 @@ TEST_F(PathText, FollowsTheRulesForEveryShortText) {
 
         text const native = make_native_form(p, false), expanded = make_native_form(p, true);
         ASSERT_EQ(native, expected_native_form(p));
+        text const padded = u"a whole vector of " + p + u" and another one";
+        ASSERT_EQ(make_native_form(padded, true), expected_native_form(padded));
         ASSERT_TRUE(p.substr(0, 1) == u"~" || expanded == native);
         ASSERT_EQ(make_native_form(expanded, false), expanded);
 
