@@ -120,6 +120,14 @@ TEST(IconvConverter, RejectsNamesThatItWouldMangle) {
     }
 }
 
+TEST(IconvConverter, MayStopInsideAUnit) {
+    iconv_t const bytes = ::iconv_open("UTF-8", "UTF-8");  // meets units as pairs of bytes
+    std::string result;
+    EXPECT_TRUE(posix::detail::encode(u"\xFF41", bytes, "?", result));
+    EXPECT_EQ(result, "A?");
+    ::iconv_close(bytes);
+}
+
 template <class Change>
 file_status read(Change change) {
     return status_from_stat([change](struct stat* found) {

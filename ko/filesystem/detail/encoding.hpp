@@ -8,8 +8,10 @@
 ///
 /// No function here throws for bad input; lack of memory is std::bad_alloc. U+0000 is converted as
 /// any other unit. Each thread has converters of its own, opened by its first text that is longer
-/// than 259 units or not ASCII, and closed when the thread ends. They are not to be asked for any
-/// more by the destructor of a static object, which may run after theirs.
+/// than 259 units or not ASCII, and closed when the thread ends. One that could not be opened, for want
+/// of descriptors (EMFILE) or of memory, is not tried again: for the rest of the thread's life every
+/// such text converts to an empty one. Do not convert in the destructor of a static object, which may
+/// run after theirs.
 namespace ko::filesystem::detail {
 
 /// `s` as UTF-8. An unpaired surrogate becomes U+FFFD (EF BF BD), but an unpaired high surrogate at

@@ -12,8 +12,8 @@ namespace ko::filesystem::detail {
 /// The form in which every operation takes a path: a leading "~" or "~name" replaced by the home
 /// directory when `expand_tilde`, every run of slashes made one, a slash at the end dropped unless
 /// it is all there is. "." and ".." stay. Empty for an empty `p`; and, when a tilde is expanded, if
-/// the own home can't be found or told in UTF-16, or `p` has no UTF-8 form. An unknown "~name"
-/// stays.
+/// the own home can't be found, the home that is meant is not UTF-8, or `p` has no UTF-8 form. An
+/// unknown "~name" stays.
 ///
 /// make_native_form(u"~//a/./b/", true);  // "/home/u/a/./b"
 KO_FILESYSTEM_API std::u16string make_native_form(std::u16string const& p, bool expand_tilde);

@@ -50,7 +50,8 @@ struct KO_FILESYSTEM_API pathname_traits<char16_t> {
     static constexpr char16_t const* PATH_SEPARATOR = u":";  ///< between the paths of a list
 
     /// The same as for UTF-8 text, which `p` is converted to and back from, with a tilde or without
-    /// one. Empty when the way back fails, as it does for a home directory that isn't UTF-8.
+    /// one. Empty when either conversion fails: for a `p` that ends with an unpaired high surrogate,
+    /// and for a home directory that isn't UTF-8.
     static std::u16string replace_tilde_with_home_dir(std::u16string const& p);
 
     /// The same as `detail::to_filesystem`.

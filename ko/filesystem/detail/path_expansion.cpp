@@ -78,12 +78,14 @@ std::string pathname_traits<char>::replace_tilde_with_home_dir(std::string const
 }
 
 std::u16string pathname_traits<char16_t>::replace_tilde_with_home_dir(std::u16string const& p) {
-    if (names_own_home(p) && detail::is_ascii<char16_t>(p)) {
-        std::string const home = own_home();
-        if (detail::is_ascii<char>(home)) return below_own_home(home, p);  // nothing to convert
-    }
-    return detail::from_filesystem_strict(
-        pathname_traits<char>::replace_tilde_with_home_dir(detail::to_filesystem(p)));
+    if (!names_own_home(p))
+        return detail::from_filesystem_strict(
+            pathname_traits<char>::replace_tilde_with_home_dir(detail::to_filesystem(p)));
+    std::string const home = own_home();
+    if (detail::is_ascii<char16_t>(p) && detail::is_ascii<char>(home))
+        return below_own_home(home, p);  // nothing to convert
+    std::string const p8 = detail::to_filesystem(p);
+    return p8.empty() ? std::u16string() : detail::from_filesystem_strict(below_own_home(home, p8));
 }
 
 namespace detail {

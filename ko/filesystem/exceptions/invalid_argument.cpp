@@ -7,6 +7,25 @@
 
 namespace ko::filesystem {
 
+namespace {
+
+/// Ends the process when memory runs out: a description that is cut short would mislead.
+std::string printable(std::u16string const& text) noexcept {
+    std::ostringstream out;
+    out.imbue(std::locale::classic());      // a global locale may group digits
+    out.exceptions(std::ios_base::badbit);  // else lack of memory would only cut the text short
+    out << std::hex << std::uppercase << std::setfill('0');
+    for (char16_t const unit : text) {
+        if (unit >= 0x20 && unit <= 0x7F)
+            out << static_cast<char>(unit);
+        else
+            out << "\\u" << std::setw(4) << static_cast<unsigned>(unit);
+    }
+    return out.str();
+}
+
+}  // namespace
+
 InvalidArgument::InvalidArgument(std::string const& message, std::u16string const& path,
                                  std::vector<std::u16string> const& arguments)
     : FsysExceptionBase("ko:filesystem:InvalidArgument", 1, path, arguments, 0),
@@ -21,18 +40,8 @@ char const* InvalidArgument::what() const noexcept {
     return what_text_.c_str();
 }
 
-std::string InvalidArgument::printHelper(std::u16string const& text) const noexcept {
-    std::ostringstream out;
-    out.imbue(std::locale::classic());      // a global locale may group digits
-    out.exceptions(std::ios_base::badbit);  // else lack of memory would only cut the text short
-    out << std::hex << std::uppercase << std::setfill('0');
-    for (char16_t const unit : text) {
-        if (unit >= 0x20 && unit <= 0x7F)
-            out << static_cast<char>(unit);
-        else
-            out << "\\u" << std::setw(4) << static_cast<unsigned>(unit);
-    }
-    return out.str();
+std::string InvalidArgument::printHelper(std::u16string const& text) const {
+    return printable(text);
 }
 
 }  // namespace ko::filesystem

@@ -8,8 +8,10 @@
 
 namespace ko::filesystem {
 
-/// An argument was refused, by a check of the library's own (then with a message) or by the system
-/// with EINVAL (then with the path, an empty message, and the second path as the one argument).
+/// An argument was refused: by a check of the library, with a message that is in most cases all it
+/// carries, or as EINVAL, with the path, an empty message, and the second path as the one argument.
+/// EINVAL comes from the system, and from the library for a path with U+0000 in it and for a directory
+/// that would be copied or moved into itself.
 class KO_FILESYSTEM_API InvalidArgument : public FsysExceptionBase {
 public:
     InvalidArgument(std::string const& message, std::u16string const& path,
@@ -30,7 +32,7 @@ public:
     /// `text` in printable ASCII: U+0020 to U+007F as they are, every other UTF-16 unit as "\u" and
     /// four upper-case hexadecimal digits; surrogates are not combined.
     /// Ends the process when memory runs out.
-    std::string printHelper(std::u16string const& text) const noexcept;
+    std::string printHelper(std::u16string const& text) const;
 
 private:
     mutable std::string what_text_;

@@ -1,5 +1,6 @@
 #include <ko/filesystem/posix/iconv_converter.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -65,6 +66,7 @@ public:
         std::memcpy(output_, bytes.data(), bytes.size());
         output_ += bytes.size();
         output_left_ -= bytes.size();
+        skip = std::min(skip, input_left_);  // some converters stop inside a unit
         input_ += skip;
         input_left_ -= skip;
         return true;
