@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -264,10 +265,40 @@ TEST_F(Copy, EndsAtOnceWhenItWouldGoIntoItself) {
     scratch.link(u"d/sub/back", "~/d");  // and has its tilde expanded where it is listed
     TELLS(copy(u"d", u"y2", recursive), "SystemError [d/sub/back] ELOOP");
     remove(u"d/sub/back");
+    // Nor into what is above the target, is the target, or was made for it.
     scratch.directory(u"elsewhere");
-    scratch.link(u"d/out", scratch.path8() + "/elsewhere");
-    TELLS(copy(u"d", u"elsewhere/x", recursive),
-          "InvalidArgument \"\" [@/elsewhere] [elsewhere/x/out]");
+    for (std::string const meets : {"elsewhere", "elsewhere/x", "elsewhere/x/y"}) {
+        scratch.link(u"d/out", scratch.path8() + '/' + meets);
+        TELLS(copy(u"d", u"elsewhere/x/y", recursive),
+              "InvalidArgument \"\" [@/" + meets + "] [elsewhere/x/y/out]");
+        std::filesystem::remove_all("elsewhere/x");
+        remove(u"d/out");
+    }
+}
+
+TEST_F(Copy, WorksBelowADirectoryWithoutAPath) {
+    for (int level = 0; level != 400; ++level) {  // three times the longest path that macOS takes
+        scratch_dir::must(::mkdir("ten-units.", 0755) == 0 && ::chdir("ten-units.") == 0);
+    }
+    scratch_dir::must(::mkdir("d", 0755) == 0 && ::mkdir("d/s", 0755) == 0);
+    TELLS(copy(u"d", u"d/s/x", recursive), "InvalidArgument \"\" [d] [d/s/x]");
+    TELLS(copy(u"d", u"x", recursive), "ok");
+    EXPECT_EQ(status(u"x/s").type, file_status::directory_file);
+}
+
+TEST_F(Copy, KeepsSetIdBitsForTheSameOwnerOnly) {
+    // Only root may give a file away.
+    if (::getuid() != 0) GTEST_SKIP() << "needs root";
+    for (unsigned const owner : {0u, 1000u}) {
+        std::uint32_t const expected = owner == 0 ? 06755 : 0755;
+        scratch.file(u"f");
+        scratch_dir::must(::chown("f", owner, owner) == 0 && ::chmod("f", 06755) == 0);
+        copy_file(u"f", u"x");
+        copy(u"f", u"y");
+        EXPECT_EQ(status(u"x").permissions, expected);
+        EXPECT_EQ(status(u"y").permissions, expected);
+        for (auto const* const name : {u"f", u"x", u"y"}) remove(name);
+    }
 }
 
 TEST_F(Copy, MeansItsOddities) {

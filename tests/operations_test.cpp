@@ -8,6 +8,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <sstream>
 #include <string>
 
@@ -431,6 +433,33 @@ TYPED_TEST(Operations, RenameToAnotherFileSystem) {
     EXPECT_THROW(rename(this->at(u"empty"), there(u"e"), options),
                  std::filesystem::filesystem_error);
     EXPECT_EQ(this->mode(u"empty/out"), "l");
+    // Below the source, by a link at the target or in it.
+    this->scratch.directory(u"d/e");
+    other.link(u"in", this->scratch.path8() + "/d/e");
+    other.directory(u"u");
+    other.link(u"u/e", this->scratch.path8() + "/d");
+    for (std::u16string const name : {u"in", u"in/x", u"u"})
+        TELLS(rename(this->at(u"d"), there(name)),
+              "InvalidArgument \"\" [@/d] [" + utf8(other / name) + "]");
+    EXPECT_EQ(this->mode(u"d/f") + this->mode(u"d/e/x"), "-644nothing");
+    // A time that a clock of nanoseconds does not have: it is kept, or the file system can't.
+    timespec const in_1600[] = {{-11'676'096'000, 0}, {-11'676'096'000, 0}};
+    std::u16string const old = other.file(u"old");
+    scratch_dir::must(::utimensat(AT_FDCWD, utf8(old).c_str(), in_1600, 0) == 0);
+    auto const time = status(old).last_write_time;
+    try {
+        rename(there(u"old"), this->at(u"old"), options);
+        EXPECT_EQ(status(this->scratch / u"old").last_write_time, time);
+    } catch (std::filesystem::filesystem_error const& error) {
+        EXPECT_EQ(error.code().value(), EOVERFLOW);
+    }
+    if (::getuid() != 0) return;
+    for (char const* const name : {"f", "d/f"})
+        scratch_dir::must(::chown(name, 1000, 1000) == 0 && ::chmod(name, 06755) == 0);
+    rename(this->at(u"f"), there(u"f1"));
+    rename(this->at(u"d"), there(u"d1"));
+    EXPECT_EQ(status(other / u"f1").permissions, 0755u);
+    EXPECT_EQ(status(other / u"d1/f").permissions, 0755u);
 }
 
 TYPED_TEST(Operations, ResolvePaths) {

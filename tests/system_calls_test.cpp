@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -71,6 +72,21 @@ TEST_F(SystemCalls, AreThoseOfTheOperationAndNoOthers) {
         row.action();
         EXPECT_EQ(recorded.made, row.expected);
     }
+}
+
+TEST_F(SystemCalls, OfACopyGrowWithItsEntries) {
+    auto const merged = [](int depth) {
+        std::u16string chain = u"chain" + std::u16string(static_cast<unsigned>(depth) * 2, u'/');
+        for (std::size_t i = 6; i < chain.size(); i += 2) chain[i] = u'd';
+        create_directories(chain);
+        constexpr auto options = copy_option::recursive | copy_option::skip_existing;
+        copy(u"chain", u"copy", options);
+        recorder recorded;
+        copy(u"chain", u"copy", options);
+        return recorded.all.size();
+    };
+    std::size_t const once = merged(40);
+    EXPECT_LT(merged(80), once * 21 / 10);
 }
 
 TEST_F(SystemCalls, ThatFailAreReportedByTheirRules) {

@@ -22,11 +22,15 @@ namespace ko::filesystem {
 /// points to. The permissions of `from` go to a directory that `copy_directory` makes, but not to
 /// those of a recursive copy, which are made as by `create_directories`.
 ///
-/// Mind, when a link is followed:
+/// With `copy_symlinks` an existing link at the target is FileExistsError, whatever the option for
+/// existing files. When a link is followed:
 /// - A relative target is looked up from the working directory, not from the link's own.
 /// - A link to a link copies nothing, silently.
-/// And in a recursive copy:
+/// In a recursive copy:
 /// - A failure leaves what was copied before it.
+/// - A tilde at the beginning of `from` or `to` is expanded even if the path object kept it.
+/// - Neither the set-gid bit of a directory nor access control lists are copied; both may come from
+///   the directory that the copy is made in.
 /// - A name that begins with a tilde is expanded when it is joined, and the copy ends with
 ///   InvalidArgument "Absolute path not permitted".
 /// - A name that is not UTF-8 ends the copy with InvalidArgument "Empty Path not permitted".
@@ -43,8 +47,11 @@ namespace ko::filesystem {
 ///   PathNotFound      what a followed link points to is missing; path(): the link
 ///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
 ///                     files; path(): `to`
-///   SystemError       a followed link leads back into a directory that is being copied (ELOOP);
-///                     path(): the link
+///   InvalidArgument   a followed link or a mount leads to the target, to a directory above it, or to
+///                     one that is being filled (EINVAL); path(): where it leads, arguments(): the
+///                     place that it would have been copied to
+///   SystemError       a followed link or a mount leads back to a directory that is being copied
+///                     (ELOOP); path(): the link or the mount
 ///   boost::filesystem::filesystem_error   a directory can't be listed
 ///   what `copy_file`, `copy_directory`, `copy_symlink`, `create_directories` and `create_symlink`
 ///   throw
@@ -56,7 +63,11 @@ KO_FILESYSTEM_API void copy(upath const& from, upath const& to,
 KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to,
                             copy_option options = copy_option::none);
 
-/// Copies the content and the permissions of the file `from`, links followed, to `to`.
+/// Copies the content and the permissions of the file `from`, links followed, to `to`. The set-uid and
+/// set-gid bits are cleared once the copy is whole if its owner or group is not that of `from`.
+///
+/// Boost before 1.84 never returns when `from` shrinks while it is copied (its issue 292): use a newer
+/// one where that can happen.
 ///
 /// Of the options, `skip_existing`, `update_existing` and `create_symlinks` count in this order. With
 /// the first, a missing `to` is made by a plain copy, whatever else is asked for. With the second, a

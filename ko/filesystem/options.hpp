@@ -4,13 +4,13 @@
 
 namespace ko::filesystem {
 
-/// How `copy` and `copy_file` go about it; combined with |. `copy_symlinks` and `skip_symlinks`
+/// What `copy` and `copy_file` do; combined with |. `copy_symlinks` and `skip_symlinks`
 /// exclude each other, and so do `overwrite_if_exists`, `skip_existing` and `update_existing`.
 enum class copy_option : unsigned int {
-    none = 0,                 ///< an existing destination file is an error
+    none = 0,                 ///< an existing destination is an error, but for `copy_directory`
     overwrite_if_exists = 1,  ///< replace an existing destination file
-    skip_existing = 2,        ///< leave an existing destination file alone, silently
-    update_existing = 4,      ///< replace a destination file that is older than the source
+    skip_existing = 2,        ///< leave an existing destination alone, silently
+    update_existing = 4,      ///< replace a destination that is older or no regular file
     recursive = 8,            ///< copy a directory with all it holds (`copy`)
     copy_symlinks = 16,       ///< copy a link as a link, not what it points to (`copy`)
     skip_symlinks = 32,       ///< ignore links (`copy`)
@@ -37,7 +37,8 @@ constexpr copy_option& operator^=(copy_option& a, copy_option b) noexcept { retu
 struct rename_options {
     constexpr rename_options() noexcept : preserve_last_write_time(0) {}
 
-    /// Give every regular file that had to be copied the last-write time of its source.
+    /// Give every regular file that had to be copied the last-write time of its source; `rename` says
+    /// which are left out.
     std::uint16_t preserve_last_write_time : 1;
 };
 

@@ -8,8 +8,8 @@
 /// Operations that other platforms have. Here they are there so that callers compile and link.
 namespace ko::filesystem {
 
-/// `p` itself, after a way through UTF-8 and back, in native form. No file is looked at, `flag`
-/// changes nothing. Empty when the way through UTF-8 fails.
+/// `p` itself, converted to UTF-8 and back, in native form: a leading tilde that `p` kept is expanded.
+/// No file is looked at, `flag` changes nothing. Empty when the conversion fails.
 KO_FILESYSTEM_API upath get_unc_path(upath const& p, bool flag);
 /// The same for text, of which no native form is made.
 KO_FILESYSTEM_API std::u16string get_unc_path(std::u16string const& p, bool flag);

@@ -12,7 +12,11 @@ namespace ko::filesystem {
 
 /// A path as the operations take it: UTF-16 text in native form (a leading tilde expanded, single
 /// slashes, none at the end but for the root), and whether what is appended has a leading tilde
-/// expanded. The text is used as it stands; nothing is looked up or normalised behind it.
+/// expanded. Making one looks up nothing but home directories; "." and ".." stay.
+///
+/// - Joining a tilde that expands to nothing, for want of a home, leaves a slash at the end: "a/".
+/// - A tilde that was kept is expanded by `copy`, `canonical`, `weakly_canonical`, `relative`,
+///   `get_unc_path` and the option `create_symlinks`. Write "./~x" to name a file "~x" everywhere.
 ///
 /// Unlike std::filesystem::path: joining an absolute path throws instead of replacing, an extension
 /// comes without its dot, and two paths are equal when their texts are.
@@ -32,7 +36,8 @@ public:
 
     /// The path of a UTF-8 text.
     /// Throws InvalidArgument "Invalid UTF-8" when it isn't valid; path(): `text` with U+FFFD in
-    /// place of each bad byte.
+    /// place of each bad byte. Also, for a text beyond ASCII, in a thread whose converter could not
+    /// be opened; path(): empty (see detail/encoding.hpp).
     static basic_path from_utf8(native_string_type const& text, bool expand_tilde = true) {
         return basic_path(Traits::from_native(text), expand_tilde);
     }

@@ -30,7 +30,8 @@ KO_FILESYSTEM_API void remove(std::u16string const& p, unsigned int type);
 /// Removes the file or link `p`.
 ///
 /// Throws
-///   FileIsDirectory   `p` is a directory, also where the system says EPERM of it; path(): `p`
+///   FileIsDirectory   EISDIR, and also EPERM, which some systems report for a directory, and all for
+///                     another user's file in a sticky directory and for an immutable file; path(): `p`
 ///   the class of the error number for every other failure; path(): `p`
 KO_FILESYSTEM_API void remove_file(upath const& p);
 /// The same for text, brought into native form first.
@@ -50,13 +51,14 @@ KO_FILESYSTEM_API void remove_symlink(upath const& p);
 KO_FILESYSTEM_API void remove_symlink(std::u16string const& p);
 
 /// Removes `p` and, when it is a directory, everything below it. Not atomic: what was removed
-/// before a failure stays removed. A directory that vanishes meanwhile counts as removed. The walk
+/// before a failure stays removed. A directory that vanishes before it is listed counts as removed. The walk
 /// makes sure before each entry that the directory it is in is still one and no link, but an entry
 /// is removed by its path, so a process that may rename in the tree can still move the walk
 /// elsewhere. One directory stream is open per level.
 ///
 /// Throws
 ///   PathNotFound   `p` is missing, or an entry vanished while it was looked at; path(): empty
+///   PathNotFound   a directory vanished just before it was to be removed; path(): the directory
 ///   the class of the error number for every other failure; path(): the entry that failed
 KO_FILESYSTEM_API void remove_all(upath const& p);
 /// The same for text, brought into native form first.

@@ -50,7 +50,12 @@ KO_FILESYSTEM_API std::u16string weakly_canonical(std::u16string const& p);
 /// How to reach `p` from `base`, by the text of their weakly canonical paths. Empty when there is
 /// no such way: when only one of them is absolute, or `base` leads up through "..".
 ///
-/// Throws what `weakly_canonical` throws.
+/// Tildes are expanded at each step, and by the path object that is returned: the relative path of
+/// "./~root" is the text "~root", which as a `upath` is that user's home. Take the overload for texts
+/// and put "./" before what begins with a tilde.
+///
+/// Throws what `weakly_canonical` throws; without a `base` also what `get_current_path` throws, such as
+/// PathNotFound for a working directory that is gone.
 ///
 /// relative(u"/a/b/c", u"/a");  // "b/c"
 KO_FILESYSTEM_API upath relative(upath const& p, upath const& base = upath(get_current_path()));

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -44,6 +45,11 @@ std::string shown(char const* name, DIR* stream) {
     return known == streams().end() ? name : name + (' ' + known->second);
 }
 
+size_t at_once(size_t bytes) {
+    call_recorder const* const r = call_recorder::current;
+    return r != nullptr && r->short_transfers ? std::min<size_t>(bytes, 1) : bytes;
+}
+
 template <class Function>
 Function* next(char const* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
@@ -66,6 +72,8 @@ CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, 
 CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, unlinkat, SHOWN(unlinkat), (int d, char const* path, int f) noexcept, (d, path, f))
+CALL(int, -1, fstatat, SHOWN(fstatat), (int d, char const* path, struct stat* s, int f) noexcept,
+     (d, path, s, f))
 CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))
 CALL(int, -1, statvfs64, SHOWN(statvfs), (char const* path, struct statvfs64* s) noexcept,
      (path, s))
@@ -84,9 +92,11 @@ CALL(DIR*, nullptr, fdopendir, "fdopendir", (int d), (d))
 CALL(int, -1, fchmod, "fchmod", (int d, mode_t m) noexcept, (d, m))
 CALL(int, -1, fstat, "fstat", (int d, struct stat* s) noexcept, (d, s))
 CALL(int, -1, fstat64, "fstat", (int d, struct stat64* s) noexcept, (d, s))
-CALL(ssize_t, -1, sendfile, "sendfile", (int o, int i, off_t* p, size_t n) noexcept, (o, i, p, n))
+CALL(ssize_t, -1, sendfile, "sendfile", (int o, int i, off_t* p, size_t n) noexcept,
+     (o, i, p, at_once(n)))
 CALL(ssize_t, -1, sendfile64, "sendfile", (int o, int i, off64_t* p, size_t n) noexcept,
-     (o, i, p, n))
+     (o, i, p, at_once(n)))
+CALL(ssize_t, -1, writev, "writev", (int d, iovec const* v, int n), (d, v, n))
 CALL(ssize_t, -1, write, "write", (int d, void const* b, size_t n), (d, b, n))
 CALL(ssize_t, -1, read, "read", (int d, void* b, size_t n), (d, b, n))
 CALL(char*, nullptr, getcwd, "getcwd", (char* b, size_t n) noexcept, (b, n))

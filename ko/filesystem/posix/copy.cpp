@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@
 #include <ko/filesystem/posix/boost_error.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
+#include <ko/filesystem/posix/foreign_rights.hpp>
 #include <ko/filesystem/posix/link_maker.hpp>
 #include <ko/filesystem/posix/link_reader.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
@@ -58,15 +60,6 @@ void validate(copy_option options) {
             "cannot be used together");
 }
 
-/// A directory whose content is being copied, and those that contain it.
-struct copied_directory {
-    std::string path8;
-    std::optional<file_identity> identity;
-    /// The target's and all above it, none of which may be met on the way down.
-    std::vector<file_identity> const* above_target;
-    copied_directory const* outer;
-};
-
 // Files
 
 constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
@@ -80,27 +73,31 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
 
 /// The error number for what Boost would not survive or the file would not, else 0. Boost opens
 /// before it looks: a pipe blocks it for ever, and a target is empty before it is compared.
-/// `is_regular` when that much is known of the source.
-int refusal(char const* from8, char const* to8, bool overwrite, bool is_regular) noexcept {
-    if (is_regular && !overwrite) return 0;
+/// `mode` is that of the source, 0 if it is not known yet.
+int refusal(char const* from8, char const* to8, bool overwrite, mode_t& mode) noexcept {
+    if (S_ISREG(mode) && !overwrite) return 0;
     struct stat source;
     if (::stat(from8, &source) != 0) return 0;
-    if (S_ISFIFO(source.st_mode)) return ENOSYS;
+    mode = source.st_mode;
+    if (S_ISFIFO(mode)) return ENOSYS;
     struct stat target;
     if (!overwrite || ::stat(to8, &target) != 0) return 0;
     if (S_ISFIFO(target.st_mode)) return ENOSYS;
     bool const onto_itself = file_identity(source) == file_identity(target);
-    return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
+    return onto_itself && S_ISREG(mode) ? EEXIST : 0;
 }
 
 void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite,
-                        bool is_regular) {
+                        mode_t mode) {
     system_path const from8(from);
     system_path const to8(to);
-    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite, is_regular),
+    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite, mode),
                   boost::system::system_category());
     if (!ec.failed())
         boost_fs::copy_file(from8.c_str(), to8.c_str(), file_copy_options(overwrite), ec);
+    if (!ec.failed() && (mode & set_id_bits) != 0)
+        ec.assign(drop_foreign_rights(from8.c_str(), to8.c_str()),
+                  boost::system::system_category());
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
@@ -113,19 +110,20 @@ bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
            target.last_write_time >= source.last_write_time;
 }
 
+/// `mode` is that of the source, 0 if it is not known yet.
 void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options,
-                    bool is_regular) {
+                    mode_t mode) {
     reject_empty_path(from);
     reject_empty_path(to);
     if (has(options, copy_option::skip_existing)) {
         // All other options are dropped, create_symlinks included.
-        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false, is_regular);
+        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false, mode);
     } else if (has(options, copy_option::update_existing)) {
-        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true, is_regular);
+        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true, mode);
     } else if (has(options, copy_option::create_symlinks)) {
         create_symlink(from, to, file_status::file_type_auto);
     } else {
-        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists), is_regular);
+        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists), mode);
     }
 }
 
@@ -152,9 +150,6 @@ void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
 
 // Directories
 
-void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
-              copied_directory const* outer);
-
 void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(from);
     reject_empty_path(to);
@@ -165,8 +160,118 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
+/// Makes the missing directory `to`, and with it all that is missing above.
+void make_target(std::u16string const& to, bool has_parent) {
+    if (!has_parent) return create_directories(to);
+    try {
+        create_directory(to);
+    } catch (PathNotFound const&) {
+        create_directories(to);
+    }
+}
+
+// Anything
+
+/// The mode bits that stat has given, which those of `file_status` are.
+mode_t mode_of(file_status const& found) noexcept {
+    return static_cast<mode_t>(found.type | found.permissions);
+}
+
+/// One call of `copy`.
+class tree_copy {
+public:
+    explicit tree_copy(copy_option options) noexcept : options_(options) {}
+
+    void copy(std::u16string const& from, std::u16string const& to) { copy(from, to, nullptr); }
+
+private:
+    /// A directory whose content is being copied, and those on the way to it.
+    struct level {
+        std::string path8;
+        std::optional<file_identity> source;
+        std::optional<file_identity> target;
+        level const* outer;
+    };
+
+    bool has(copy_option any_of) const noexcept { return detail::has(options_, any_of); }
+
+    void copy(std::u16string const& from, std::u16string const& to, level const* outer);
+    void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
+                       level const* outer);
+    void copy_contents(std::u16string const& from, std::u16string const& to, level const* outer,
+                       char const* met8);
+    void copy_entries(level const& listed, std::u16string const& to);
+
+    void look_above(std::string const& to8);
+    bool is_written_to(file_identity const& directory, level const* innermost) const;
+
+    copy_option const options_;
+    /// The target of the outermost directory and all above that.
+    std::vector<file_identity> above_target_;
+};
+
+void tree_copy::copy(std::u16string const& from, std::u16string const& to, level const* outer) {
+    reject_empty_path(from);
+    reject_empty_path(to);
+    system_path const from8(from);
+    file_status const found = read_status(&::lstat, from8.c_str());
+    switch (found.type) {
+        case file_status::file_not_found:
+            throw cloneable(PathNotFound({}));  // deliberately without the path
+        case file_status::symlink_file:
+            if (has(copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
+            if (has(copy_option::skip_symlinks)) return;
+            return copy_followed(from, from8.c_str(), to, outer);
+        case file_status::regular_file: return copy_file_impl(from, to, options_, mode_of(found));
+        case file_status::directory_file: return copy_contents(from, to, outer, from8.c_str());
+        default: throw_invalid_argument("Unsupported file type");
+    }
+}
+
+/// Copies what the link `from` points to.
+void tree_copy::copy_followed(std::u16string const& from, char const* from8,
+                              std::u16string const& to, level const* outer) {
+    std::u16string const target = link_target(from8);
+    // Deliberately looked up as given: a relative target counts from the working directory, and of a
+    // link to a link nothing is copied.
+    system_path const target8(target);
+    file_status const found = read_status(&::lstat, target8.c_str());
+    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
+    if (found.type == file_status::regular_file)
+        return copy_file_impl(target, to, options_, mode_of(found));
+    if (found.type == file_status::directory_file) copy_contents(target, to, outer, from8);
+}
+
+/// Copies the directory `from`, which was met as `met8`: under its own path or that of a link.
+void tree_copy::copy_contents(std::u16string const& from, std::u16string const& to,
+                              level const* outer, char const* met8) {
+    if (has(copy_option::create_symlinks))
+        return create_symlink(from, to, file_status::file_type_auto);
+    if (!has(copy_option::recursive)) return copy_directory(from, to);
+
+    level listed{system_path(native_text(from)).string(), {}, {}, outer};
+    listed.source = identify(listed.path8.c_str());
+    for (level const* above = outer; above != nullptr && listed.source; above = above->outer)
+        if (listed.source == above->source) throw_errno_exception(ELOOP, met8, {});
+
+    bool const to_exists = exists(to);
+    if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to));
+
+    std::string const to8 = system_path(native_text(to)).string();
+    if (outer == nullptr) look_above(to8);
+    if (listed.source && is_written_to(*listed.source, outer))
+        throw_errno_exception(EINVAL, listed.path8, to8);
+
+    if (!to_exists) make_target(to, /*has_parent=*/outer != nullptr);
+    listed.target = identify(to8.c_str());
+    if (listed.source && listed.source == listed.target)
+        throw_errno_exception(EINVAL, listed.path8, to8);
+    if (outer == nullptr && !to_exists) look_above(to8);  // with what has been made
+    copy_entries(listed, to);
+}
+
 /// Copies everything in the directory `listed` into the existing directory `to`.
-void copy_entries(copied_directory const& listed, std::u16string const& to, copy_option options) {
+void tree_copy::copy_entries(level const& listed, std::u16string const& to) {
     std::u16string const source = from_filesystem_strict(listed.path8);
     std::u16string const destination = make_native_form(to, /*expand_tilde=*/true);
     // Without an error code: what goes wrong in the listing leaves as Boost reports it.
@@ -180,72 +285,21 @@ void copy_entries(copied_directory const& listed, std::u16string const& to, copy
         // A name that isn't UTF-8 has no path.
         std::u16string const path =
             name.empty() ? std::u16string() : algorithm::joined<char16_t>(source, name);
-        copy_any(path, target, options, &listed);
+        copy(path, target, &listed);
     }
 }
 
-void copy_directory_contents(std::u16string const& from, std::u16string const& to,
-                             copy_option options, copied_directory const* outer) {
-    if (has(options, copy_option::create_symlinks))
-        return create_symlink(from, to, file_status::file_type_auto);
-    if (!has(options, copy_option::recursive)) return copy_directory(from, to);
-
-    bool const to_exists = exists(to);
-    if (to_exists && !has(options, existence_options)) throw cloneable(FileExistsError(to));
-
-    std::string const to8 = system_path(native_text(to)).string();
-    std::vector<file_identity> above_to;
-    copied_directory listed{system_path(native_text(from)).string(), {}, &above_to, outer};
-    listed.identity = identify(listed.path8.c_str());
-    // A directory that is made beside others lies where its parent does.
-    if (outer == nullptr || to_exists)
-        above_to = directories_above(to8);
-    else
-        listed.above_target = outer->above_target;
-    for (file_identity const& above : *listed.above_target)
-        if (listed.identity == above) throw_errno_exception(EINVAL, listed.path8, to8);
-
-    if (!to_exists) create_directories(to);
-    copy_entries(listed, to, options);
+void tree_copy::look_above(std::string const& to8) {
+    int const error = find_directories_above(to8, above_target_);
+    if (error != 0) throw_errno_exception(error, to8, {});
 }
 
-// Anything
-
-/// Copies what the link `from` points to.
-void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
-                   copy_option options, copied_directory const* outer) {
-    std::u16string const target = link_target(from8);
-    // Deliberately looked up as it stands: a relative target counts from the working directory, and
-    // of a link to a link nothing is copied.
-    system_path const target8(target);
-    file_status const found = read_status(&::lstat, target8.c_str());
-    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
-    if (found.type == file_status::regular_file)
-        return copy_file_impl(target, to, options, /*is_regular=*/true);
-    if (found.type != file_status::directory_file) return;
-    auto const identity = identify(system_path(native_text(target)).c_str());
-    for (copied_directory const* above = outer; above != nullptr; above = above->outer)
-        if (identity && identity == above->identity) throw_errno_exception(ELOOP, from8, {});
-    copy_directory_contents(target, to, options, outer);
-}
-
-void copy_any(std::u16string const& from, std::u16string const& to, copy_option options,
-              copied_directory const* outer) {
-    reject_empty_path(from);
-    reject_empty_path(to);
-    system_path const from8(from);
-    switch (read_status(&::lstat, from8.c_str()).type) {
-        case file_status::file_not_found:
-            throw cloneable(PathNotFound({}));  // deliberately without the path
-        case file_status::symlink_file:
-            if (has(options, copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
-            if (has(options, copy_option::skip_symlinks)) return;
-            return copy_followed(from, from8.c_str(), to, options, outer);
-        case file_status::regular_file:
-            return copy_file_impl(from, to, options, /*is_regular=*/true);
-        case file_status::directory_file: return copy_directory_contents(from, to, options, outer);
-        default: throw_invalid_argument("Unsupported file type");
-    }
+/// Whether `directory` receives copies from `innermost` and outwards, or lies above all that do:
+/// listing it would not end.
+bool tree_copy::is_written_to(file_identity const& directory, level const* innermost) const {
+    for (level const* above = innermost; above != nullptr; above = above->outer)
+        if (above->target == directory) return true;
+    return std::find(above_target_.begin(), above_target_.end(), directory) != above_target_.end();
 }
 
 }  // namespace
@@ -256,20 +310,20 @@ using detail::native_text;
 
 void copy(upath const& from, upath const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_any(native_text(from), native_text(to), options, nullptr);
+    detail::tree_copy(options).copy(native_text(from), native_text(to));
 }
 void copy(std::u16string const& from, std::u16string const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_any(native_text(from), native_text(to), options, nullptr);
+    detail::tree_copy(options).copy(native_text(from), native_text(to));
 }
 
 void copy_file(upath const& from, upath const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options, /*is_regular=*/false);
+    detail::copy_file_impl(native_text(from), native_text(to), options, /*mode=*/0);
 }
 void copy_file(std::u16string const& from, std::u16string const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options, /*is_regular=*/false);
+    detail::copy_file_impl(native_text(from), native_text(to), options, /*mode=*/0);
 }
 
 void copy_directory(upath const& from, upath const& to) {

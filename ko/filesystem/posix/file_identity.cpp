@@ -1,17 +1,22 @@
 #include <ko/filesystem/posix/file_identity.hpp>
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstddef>
-#include <cstdlib>
 #include <string_view>
 
-#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/posix/handles.hpp>
 
 namespace ko::filesystem::detail {
 
+using posix::detail::uninterrupted;
+
 namespace {
+
+/// How long a path of ".." may get before its directory is opened; below every PATH_MAX.
+constexpr std::size_t longest_climb = 1000;
 
 bool is_directory(std::string const& path8) noexcept {
     struct stat found;
@@ -49,18 +54,29 @@ std::optional<file_identity> identify(char const* path8) noexcept {
     return file_identity(found);
 }
 
-std::vector<file_identity> directories_above(std::string const& path8) {
-    std::vector<file_identity> result;
-    if (path8.empty()) return result;
-    char buffer[PATH_MAX];
-    if (::realpath(deepest_existing(path8).c_str(), buffer) == nullptr)
-        throw_errno_exception(errno, path8, {});
-    // Of a real path, what is left without the last name is the directory above.
-    for (std::string place = buffer; !place.empty();) {
-        if (auto const identity = identify(place.c_str())) result.push_back(*identity);
-        place.resize(place == "/" ? 0 : std::max<std::size_t>(place.rfind('/'), 1));
+int find_directories_above(std::string const& path8, std::vector<file_identity>& above) {
+    above.clear();
+    std::string place = is_directory(path8) ? path8 : deepest_existing(path8);
+    // By "..", since the path of a directory can be longer than the system takes, or gone.
+    for (posix::detail::file_descriptor base(AT_FDCWD);;) {
+        struct stat found;
+        if (::fstatat(base.get(), place.c_str(), &found, 0) != 0) break;
+        file_identity const here(found);
+        if (!above.empty() && above.back() == here) return 0;  // the root is its own parent
+        above.push_back(here);
+        if (place.size() < longest_climb) {
+            place += "/..";
+            continue;
+        }
+        int const next = uninterrupted([&] {
+            return ::openat(base.get(), place.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        });
+        if (next == -1) break;
+        base.reset(next);
+        place = "..";
     }
-    return result;
+    // What lies above a directory that may not be searched can't be copied into it either.
+    return errno == EACCES ? 0 : errno;
 }
 
 }  // namespace ko::filesystem::detail

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace ko::filesystem::detail {
@@ -16,6 +17,9 @@ struct file_identity {
     friend bool operator==(file_identity const& a, file_identity const& b) noexcept {
         return a.device == b.device && a.number == b.number;
     }
+    friend bool operator<(file_identity const& a, file_identity const& b) noexcept {
+        return std::tie(a.device, a.number) < std::tie(b.device, b.number);
+    }
 
     dev_t device;
     ino_t number;
@@ -24,9 +28,10 @@ struct file_identity {
 /// Of what is at `path8`, links followed; none when stat fails.
 std::optional<file_identity> identify(char const* path8) noexcept;
 
-/// The directories that `path8` is or would lie in, up to the root: `path8` itself, if it is one, or
-/// the deepest that exists once ".." has taken back missing ones, and all above it by their real path.
-/// Throws the class of the error number when that can't be found out; path(): `path8`
-std::vector<file_identity> directories_above(std::string const& path8);
+/// Fills `above` with the directories that `path8` is or would lie in, innermost first: `path8`
+/// itself if it is a directory, else the deepest one that exists once ".." has taken back missing
+/// ones, and its parents up to the root, or to where a parent may not be searched. Returns the error
+/// number of a failure, or 0.
+int find_directories_above(std::string const& path8, std::vector<file_identity>& above);
 
 }  // namespace ko::filesystem::detail

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <iconv.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -24,6 +25,24 @@ auto uninterrupted(Call call) noexcept {
         if (!failed || errno != EINTR) return result;
     }
 }
+
+/// Owns an open descriptor. Negative values, AT_FDCWD among them, are not closed.
+class file_descriptor {
+public:
+    explicit file_descriptor(int value) noexcept : value_(value) {}
+    file_descriptor(file_descriptor const&) = delete;
+    file_descriptor& operator=(file_descriptor const&) = delete;
+    ~file_descriptor() { reset(-1); }
+
+    int get() const noexcept { return value_; }
+    void reset(int value) noexcept {
+        if (value_ >= 0) ::close(value_);
+        value_ = value;
+    }
+
+private:
+    int value_;
+};
 
 struct close_dir {
     void operator()(DIR* stream) const noexcept { ::closedir(stream); }

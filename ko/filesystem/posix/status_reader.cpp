@@ -20,16 +20,6 @@ using boost::posix_time::ptime;
 
 bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }
 
-#ifdef __APPLE__
-timespec const& access_time(struct stat const& found) { return found.st_atimespec; }
-timespec const& write_time(struct stat const& found) { return found.st_mtimespec; }
-timespec const& status_change_time(struct stat const& found) { return found.st_ctimespec; }
-#else
-timespec const& access_time(struct stat const& found) { return found.st_atim; }
-timespec const& write_time(struct stat const& found) { return found.st_mtim; }
-timespec const& status_change_time(struct stat const& found) { return found.st_ctim; }
-#endif
-
 ptime to_ptime(timespec const& time) {
     // A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
     constexpr std::int64_t epoch = 2440588LL * 86400 * 1'000'000;
@@ -45,6 +35,16 @@ ptime to_ptime(timespec const& time) {
 }
 
 }  // namespace
+
+#ifdef __APPLE__
+timespec const& access_time(struct stat const& found) noexcept { return found.st_atimespec; }
+timespec const& write_time(struct stat const& found) noexcept { return found.st_mtimespec; }
+timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctimespec; }
+#else
+timespec const& access_time(struct stat const& found) noexcept { return found.st_atim; }
+timespec const& write_time(struct stat const& found) noexcept { return found.st_mtim; }
+timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctim; }
+#endif
 
 std::uint32_t translated_type(mode_t mode) noexcept {
     switch (mode & S_IFMT) {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <ctime>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,11 @@ bool exists_by_stat(char const* path8);
 /// What `exists` says of a path whose text is native; false for the empty one.
 /// Throws as `exists`.
 bool exists_as_it_stands(std::u16string const& native);
+
+// The times of `found`, which macOS has under other names.
+timespec const& access_time(struct stat const& found) noexcept;
+timespec const& write_time(struct stat const& found) noexcept;
+timespec const& status_change_time(struct stat const& found) noexcept;
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;

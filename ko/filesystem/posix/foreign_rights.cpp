@@ -1,0 +1,22 @@
+#include <ko/filesystem/posix/foreign_rights.hpp>
+
+#include <cerrno>
+
+namespace ko::filesystem::detail {
+
+int drop_foreign_rights(struct stat const& source, struct stat const& copy,
+                        char const* copy8) noexcept {
+    bool const is_foreign = source.st_uid != copy.st_uid || source.st_gid != copy.st_gid;
+    if (!is_foreign || (copy.st_mode & set_id_bits) == 0) return 0;
+    mode_t const kept = copy.st_mode & 07777 & ~set_id_bits;
+    return ::chmod(copy8, kept) == 0 ? 0 : errno;
+}
+
+int drop_foreign_rights(char const* from8, char const* copy8) noexcept {
+    struct stat source;
+    struct stat copy;
+    if (::stat(from8, &source) != 0 || ::stat(copy8, &copy) != 0) return errno;
+    return drop_foreign_rights(source, copy, copy8);
+}
+
+}  // namespace ko::filesystem::detail
