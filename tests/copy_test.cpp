@@ -3,10 +3,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <ko/filesystem.hpp>
 
@@ -299,6 +303,47 @@ TEST_F(Copy, KeepsSetIdBitsForTheSameOwnerOnly) {
         EXPECT_EQ(status(u"y").permissions, expected);
         for (auto const* const name : {u"f", u"x", u"y"}) remove(name);
     }
+}
+
+TEST_F(Copy, AsksItsObserverBeforeEachEntry) {
+    for (char16_t const* const name : {u"t", u"t/d", u"t/d/e"}) scratch.directory(name);
+    scratch.file(u"t/a", "123");
+    scratch.file(u"t/d/b", "45");
+    scratch.link(u"t/l", "d");
+    constexpr auto tree = recursive | copy_option::copy_symlinks;
+    std::vector<std::pair<std::u16string, std::u16string>> entries;
+    std::uint64_t bytes = 0;
+    copy(u"t", u"whole", tree, [&](copy_step const& step) {
+        EXPECT_EQ(step.entries, entries.size());
+        EXPECT_EQ(step.bytes, bytes);
+        EXPECT_EQ(step.what.type, symlink_status(step.from).type);
+        entries.emplace_back(step.from, u"part" + step.to.substr(5));
+        bytes += step.what.type == file_status::regular_file ? step.what.size : 0;
+        return true;
+    });
+    EXPECT_EQ(bytes, 5u);
+    std::filesystem::recursive_directory_iterator const listing("t");
+    ASSERT_EQ(entries.size() - 1, static_cast<std::size_t>(std::distance(begin(listing), {})));
+    int const next = ::dup(0);
+    ::close(next);
+    for (std::size_t last = 0; last != entries.size(); ++last) {
+        auto const& [from, to] = entries[last];
+        TELLS(copy(u"t", u"part", tree, [=](copy_step const& s) { return s.entries != last; }),
+              "SystemError [" + utf8(from) + "] [" + utf8(to) + "] " + std::to_string(ECANCELED));
+        for (std::size_t i = 0; i != entries.size(); ++i)
+            EXPECT_EQ(symlink_status(entries[i].second).type != file_status::file_not_found,
+                      i < last);
+        EXPECT_THROW(
+            copy(upath(u"t"), upath(u"x"), tree,
+                 [=](copy_step const& s) { return s.entries == last ? throw last : true; }),
+            std::size_t);
+        std::filesystem::remove_all("part");
+        std::filesystem::remove_all("x");
+    }
+    int const next_now = ::dup(0);
+    ::close(next_now);
+    EXPECT_EQ(next_now, next) << "a descriptor is left open";
+    TELLS(copy(u"t", u"x", tree, copy_observer()), "ok");
 }
 
 TEST_F(Copy, MeansItsOddities) {

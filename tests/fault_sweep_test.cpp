@@ -286,6 +286,20 @@ TEST_F(FaultSweep, OfEveryCall) {
             .but(call + "/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
             .but(call, {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
             .but(call + "/s", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]");
+    auto const tree_copy = [=](char const* name, auto action) {
+        return scenario(name, none | own | of_copy, action)
+            .on("@/d/s/f", "@/n/s/f")
+            .but("open @/d", {}, listing)
+            .but("open @/d/s", {}, listing)
+            .but("openat @/d", {}, listing)
+            .but("openat @/d/s", {}, listing)
+            .but("opendir", {}, listing)
+            .but("fdopendir", {}, listing)
+            .but("readdir", {}, listing)
+            .but("closedir", {}, listing)
+            .but("fstatat", {EACCES}, "ok")  // what may not be searched is no ancestor
+            .but("fstatat", {}, ":@/n");
+    };
     scenario const rows[] = {
         scenario("exists", own, [=] { return exists(at(u"f")); }).but("stat", ignored, "no"),
         scenario("status", none, [=] { return there(status(at(u"f"))); })
@@ -337,18 +351,9 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("copy, link followed", of_copy | own | none, [=] { copy(at(u"l"), at(u"n")); })
             .on("f", "@/n")
             .but("lstat f", {ENOENT}, "PathNotFound [@/l]"),
-        scenario("copy, tree", none | own | of_copy, [=] { copy(at(u"d"), at(u"n"), tree); })
-            .on("@/d/s/f", "@/n/s/f")
-            .but("open @/d", {}, listing)
-            .but("open @/d/s", {}, listing)
-            .but("openat @/d", {}, listing)
-            .but("openat @/d/s", {}, listing)
-            .but("opendir", {}, listing)
-            .but("fdopendir", {}, listing)
-            .but("readdir", {}, listing)
-            .but("closedir", {}, listing)
-            .but("fstatat", {EACCES}, "ok")  // what may not be searched is no ancestor
-            .but("fstatat", {}, ":@/n"),
+        tree_copy("copy, tree", [=] { copy(at(u"d"), at(u"n"), tree); }),
+        tree_copy("copy, tree watched",
+                  [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); }),
         scenario("canonical", own, [=] { return canonical(at(u"l")); })
             .but("stat", absent, "PathNotFound"),
         scenario("weakly_canonical", own, [=] { return weakly_canonical(at(u"d/x")); })

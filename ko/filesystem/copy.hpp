@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
@@ -62,6 +65,34 @@ KO_FILESYSTEM_API void copy(upath const& from, upath const& to,
 /// The same for texts, each brought into native form first: leading ~ expanded, // collapsed.
 KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to,
                             copy_option options = copy_option::none);
+
+/// What `copy` is about to do with an entry. The references are good during the call.
+struct copy_step {
+    std::u16string const& from;
+    std::u16string const& to;
+    file_status const& what;  ///< of `from`, a link not followed
+    std::uint64_t entries;    ///< done before this one; a directory counts before what it holds
+    std::uint64_t bytes;      ///< of the regular files among them
+};
+/// Asked before each entry, that of `from` itself included. False ends the copy.
+using copy_observer = std::function<bool(copy_step const&)>;
+
+/// The same as `copy`, asking `observer` before each entry that exists, whatever the options make of
+/// it. An empty function asks nobody. What was copied before the end stays, nothing is half made.
+///
+/// Throws
+///   SystemError   `observer` returned false (ECANCELED); path(): `from` of the entry, arguments(): `to`
+///   what `observer` throws, unchanged, and what `copy` throws
+///
+/// copy(from, to, copy_option::recursive, [&](copy_step const& step) {
+///     show(step.entries, step.bytes);
+///     return !stop_pressed;
+/// });
+KO_FILESYSTEM_API void copy(upath const& from, upath const& to, copy_option options,
+                            copy_observer const& observer);
+/// The same for texts, each brought into native form first.
+KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to,
+                            copy_option options, copy_observer const& observer);
 
 /// Copies the content and the permissions of the file `from`, links followed, to `to`. The set-uid and
 /// set-gid bits are cleared once the copy is whole if its owner or group is not that of `from`.

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/filesystem/directory.hpp>
@@ -180,7 +183,8 @@ mode_t mode_of(file_status const& found) noexcept {
 /// One call of `copy`.
 class tree_copy {
 public:
-    explicit tree_copy(copy_option options) noexcept : options_(options) {}
+    explicit tree_copy(copy_option options, copy_observer const& observer) noexcept
+        : options_(options), observer_(observer) {}
 
     void copy(std::u16string const& from, std::u16string const& to) { copy(from, to, nullptr); }
 
@@ -195,6 +199,7 @@ private:
 
     bool has(copy_option any_of) const noexcept { return detail::has(options_, any_of); }
 
+    void ask(copy_step const& step, char const* from8);
     void copy(std::u16string const& from, std::u16string const& to, level const* outer);
     void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
                        level const* outer);
@@ -206,18 +211,30 @@ private:
     bool is_written_to(file_identity const& directory, level const* innermost) const;
 
     copy_option const options_;
+    copy_observer const& observer_;
+    std::uint64_t entries_ = 0;
+    std::uint64_t bytes_ = 0;
     /// The target of the outermost directory and all above that.
     std::vector<file_identity> above_target_;
 };
+
+/// Asks the observer, if there is one, and counts the entry as done: nobody is asked again if it fails.
+void tree_copy::ask(copy_step const& step, char const* from8) {
+    if (!observer_) return;
+    if (!observer_(step)) throw_errno_exception(ECANCELED, from8, system_path(step.to).c_str());
+    ++entries_;
+    if (step.what.type == file_status::regular_file) bytes_ += step.what.size;
+}
 
 void tree_copy::copy(std::u16string const& from, std::u16string const& to, level const* outer) {
     reject_empty_path(from);
     reject_empty_path(to);
     system_path const from8(from);
     file_status const found = read_status(&::lstat, from8.c_str());
+    // Deliberately without the path.
+    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound({}));
+    ask({from, to, found, entries_, bytes_}, from8.c_str());
     switch (found.type) {
-        case file_status::file_not_found:
-            throw cloneable(PathNotFound({}));  // deliberately without the path
         case file_status::symlink_file:
             if (has(copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
             if (has(copy_option::skip_symlinks)) return;
@@ -272,20 +289,23 @@ void tree_copy::copy_contents(std::u16string const& from, std::u16string const& 
 
 /// Copies everything in the directory `listed` into the existing directory `to`.
 void tree_copy::copy_entries(level const& listed, std::u16string const& to) {
-    std::u16string const source = from_filesystem_strict(listed.path8);
-    std::u16string const destination = make_native_form(to, /*expand_tilde=*/true);
+    // The paths of the entries, one after the other, so that they cost no memory of their own.
+    std::u16string source = from_filesystem_strict(listed.path8);
+    std::u16string target = make_native_form(to, /*expand_tilde=*/true);
+    std::size_t const source_length = source.size();
+    std::size_t const target_length = target.size();
     // Without an error code: what goes wrong in the listing leaves as Boost reports it.
     for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
          ++entry) {
-        std::string const& path8 = entry->path().native();
+        std::string_view const path8 = entry->path().native();
         std::u16string const name = from_filesystem_strict(algorithm::filename<char>(path8));
-        std::u16string target = destination;
+        reject_empty_path(name);  // one that isn't UTF-8
+        concatenate_pathname(source, name, /*expand_tilde=*/false);
         // The tilde of a name like "~x" is expanded here; that is meant.
-        if (!name.empty()) concatenate_pathname(target, name, /*expand_tilde=*/true);
-        // A name that isn't UTF-8 has no path.
-        std::u16string const path =
-            name.empty() ? std::u16string() : algorithm::joined<char16_t>(source, name);
-        copy(path, target, &listed);
+        concatenate_pathname(target, name, /*expand_tilde=*/true);
+        copy(source, target, &listed);
+        source.resize(source_length);
+        target.resize(target_length);
     }
 }
 
@@ -309,12 +329,19 @@ bool tree_copy::is_written_to(file_identity const& directory, level const* inner
 using detail::native_text;
 
 void copy(upath const& from, upath const& to, copy_option options) {
-    detail::validate(options);
-    detail::tree_copy(options).copy(native_text(from), native_text(to));
+    copy(from, to, options, copy_observer());
 }
 void copy(std::u16string const& from, std::u16string const& to, copy_option options) {
+    copy(from, to, options, copy_observer());
+}
+void copy(upath const& from, upath const& to, copy_option options, copy_observer const& observer) {
     detail::validate(options);
-    detail::tree_copy(options).copy(native_text(from), native_text(to));
+    detail::tree_copy(options, observer).copy(native_text(from), native_text(to));
+}
+void copy(std::u16string const& from, std::u16string const& to, copy_option options,
+          copy_observer const& observer) {
+    detail::validate(options);
+    detail::tree_copy(options, observer).copy(native_text(from), native_text(to));
 }
 
 void copy_file(upath const& from, upath const& to, copy_option options) {
