@@ -46,16 +46,16 @@ install(
 if(TARGET kofs)
     install(TARGETS kofs RUNTIME COMPONENT tools)
     install(
-        FILES examples/kofs/kofs.1
+        FILES tools/kofs/kofs.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT tools OPTIONAL)
     install(
-        FILES examples/kofs/completion/kofs.bash
+        FILES tools/kofs/completion/kofs.bash
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
         RENAME kofs
         COMPONENT tools OPTIONAL)
     install(
-        FILES examples/kofs/completion/_kofs
+        FILES tools/kofs/completion/_kofs
         DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
         COMPONENT tools OPTIONAL)
 endif()

@@ -21,7 +21,7 @@ need() {
     Darwin) need_on_macos; return ;;
     esac
     command -v dpkg-query >/dev/null || { need_by_hand; return; }
-    local become=() wanted=(cmake ninja-build g++ libgtest-dev "$@")
+    local become=() wanted=(cmake ninja-build g++ libgtest-dev libcli11-dev nlohmann-json3-dev "$@")
     local missing
     missing=$(missing_of "${wanted[@]}" $(boost_packages))
     [ -n "$missing" ] || return 0
@@ -49,7 +49,7 @@ missing_of() {
 need_on_macos() {
     local formula missing=()
     command -v brew >/dev/null || { need_by_hand; return; }
-    for formula in cmake ninja boost googletest; do
+    for formula in cmake ninja boost googletest cli11 nlohmann-json; do
         brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
     done
     [ ${#missing[@]} -eq 0 ] || { echo "$0: missing Homebrew formulae: brew install ${missing[*]}" >&2; exit 1; }
@@ -58,7 +58,7 @@ need_on_macos() {
 need_by_hand() {
     local tool
     for tool in cmake ninja; do
-        command -v $tool >/dev/null || { echo "$0: missing: $tool (besides: Boost 1.74 or later, GoogleTest)" >&2; exit 1; }
+        command -v $tool >/dev/null || { echo "$0: missing: $tool (besides: Boost 1.74 or later, GoogleTest, CLI11, nlohmann/json)" >&2; exit 1; }
     done
 }
 

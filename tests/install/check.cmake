@@ -12,7 +12,7 @@ endfunction()
 set(settings -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS})
 if(STATIC)
     run(${CMAKE_COMMAND} -S ${SOURCE} -B ${work}/static ${settings} -DCMAKE_BUILD_TYPE=Release
-        -DBUILD_SHARED_LIBS=OFF -DKO_FILESYSTEM_TESTS=OFF -DKO_FILESYSTEM_EXAMPLES=OFF)
+        -DBUILD_SHARED_LIBS=OFF -DKO_FILESYSTEM_TESTS=OFF -DKO_FILESYSTEM_TOOLS=OFF)
     run(${CMAKE_COMMAND} --build ${work}/static)
     set(BUILD ${work}/static)
 endif()

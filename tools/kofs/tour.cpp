@@ -15,6 +15,7 @@
 
 #include <ko/filesystem.hpp>
 
+#include "inspect.hpp"
 #include "report.hpp"
 
 namespace kofs {
@@ -96,8 +97,7 @@ public:
                     surprises_ += result ? 0 : 1;
             }
         } catch (fs::FsysExceptionBase const& error) {
-            std::cout << '\n';
-            print_error(std::cout, error);
+            print(error);
             ++surprises_;
         }
     }
@@ -106,13 +106,12 @@ public:
     template <class Action>
     void show_failure(std::string const& what, Action action) {
         begin(what);
-        std::cout << '\n';
         try {
             action();
-            std::cout << "  unexpectedly succeeded\n";
+            std::cout << "\n  unexpectedly succeeded\n";
             ++surprises_;
         } catch (fs::FsysExceptionBase const& error) {
-            print_error(std::cout, error);
+            print(error);
         }
     }
 
@@ -120,6 +119,12 @@ public:
     int surprises() const noexcept { return surprises_; }
 
 private:
+    static void print(fs::FsysExceptionBase const& error) {
+        std::string const& id = error.message_id();
+        std::cout << "\n  " << id.substr(id.rfind(':') + 1) << ": " << shown(error.path())
+                  << (error.path().empty() ? "" : ": ") << describe(error) << '\n';
+    }
+
     void begin(std::string const& what) {
         if (caught_signal != 0 || !std::cout) throw interrupted();
         ++steps_;
@@ -134,8 +139,8 @@ void heading(char const* text) { std::cout << "\n# " << text << "\n\n"; }
 
 void show_this_machine() {
     heading("Paths of this machine");
-    for (char const* const path : {"~", "//etc///passwd", "/usr/share/", "/bin/sh"}) {
-        describe(path, std::cout, std::cout);
+    for (char16_t const* const path : {u"~", u"//etc///passwd", u"/usr/share/", u"/bin/sh"}) {
+        print_status(std::cout, path);
         std::cout << '\n';
     }
 }
@@ -156,7 +161,7 @@ void show_tree(guide& g, fs::upath const& tree) {
     heading("Asking about it");
     for (fs::upath const& p :
          {file, tree / u"link", tree / u"dangling", tree / u"missing.tar.gz"}) {
-        describe(p.string(), std::cout, std::cout);
+        print_status(std::cout, p.native());
         std::cout << '\n';
     }
     g.show("exists, the file", [&] { return fs::exists(file); });
@@ -251,7 +256,7 @@ std::string temporary_directory() {
 
 }  // namespace
 
-int tour(arguments const&) try {
+int tour() try {
     catch_signals();
     ::umask(022);  // whatever the user's is, what is made here must be removable
     guide g;

@@ -1,7 +1,7 @@
 # Completion of kofs for bash: source this file, or install it as kofs among the completions.
 
 _kofs_commands='
-    tour status exists symlink-status status-express-light access permissions current-path
+    tour explain status exists symlink-status status-express-light access permissions current-path
     change-current-path create-directory create-directories create-symlink rename remove
     remove-file remove-directory remove-symlink remove-all read-symlink absolute canonical
     weakly-canonical relative copy copy-file copy-directory copy-symlink equivalent space
@@ -15,7 +15,10 @@ _kofs_permissions='
 # The options of a command; those that take a value end in =.
 _kofs_options() {
     case $1 in
-    access) echo --exists --read --write --execute ;;
+    access) echo --exists --read --write --execute --expand ;;
+    explain | status | exists | symlink-status | space) echo --expand ;;
+    read-symlink | absolute | canonical | weakly-canonical | relative) echo --expand --print0 ;;
+    current-path | change-current-path | get-unc-path) echo --print0 ;;
     permissions) echo --set= --add= --remove= --no-follow ;;
     create-symlink | remove) echo --file --directory ;;
     rename) echo --keep-times ;;
@@ -36,7 +39,7 @@ _kofs() {
         [ -n "$command" ] || [ "${COMP_WORDS[i]}" = --json ] || command=${COMP_WORDS[i]//_/-}
     done
     if [ -z "$command" ]; then
-        COMPREPLY=($(compgen -W "$_kofs_commands --json --help" -- "$word"))
+        COMPREPLY=($(compgen -W "$_kofs_commands --json --help --version" -- "$word"))
         return
     fi
     # The = between an option and its value is a word of its own.

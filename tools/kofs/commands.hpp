@@ -2,11 +2,11 @@
 
 #include <vector>
 
-#include "command_line.hpp"
+#include "command.hpp"
 
 namespace kofs {
 
-/// One command for each operation of the library, and the tour.
+/// One command for each operation of the library, `explain`, and the tour.
 std::vector<command> commands();
 
 }  // namespace kofs

@@ -1,0 +1,321 @@
+#include "commands.hpp"
+
+#include <cstdlib>
+#include <initializer_list>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include <ko/filesystem.hpp>
+
+#include "inspect.hpp"
+#include "report.hpp"
+#include "tour.hpp"
+
+namespace kofs {
+
+namespace fs = ko::filesystem;
+
+using fs::detail::to_filesystem;
+
+namespace {
+
+/// The operand number `index` as the operations take it, which make the native form, or do without.
+std::u16string text(arguments const& given, std::size_t index = 0) {
+    if (index >= given.operands.size()) return {};
+    return handed_on(given,
+                     fs::detail::path_traits<char, char16_t>::from_native(given.operands[index]));
+}
+
+json const done = nullptr;
+
+template <void (*Operation)(std::u16string const&)>
+json for_one(arguments const& given) {
+    Operation(text(given));
+    return done;
+}
+
+template <void (*Operation)(std::u16string const&, std::u16string const&)>
+json for_two(arguments const& given) {
+    Operation(text(given, 0), text(given, 1));
+    return done;
+}
+
+template <std::u16string (*Operation)(std::u16string const&)>
+json path_from(arguments const& given) {
+    return to_filesystem(Operation(text(given)));
+}
+
+template <std::u16string (*Operation)(std::u16string const&, std::u16string const&)>
+json path_from_two(arguments const& given) {
+    return to_filesystem(Operation(text(given, 0), text(given, 1)));
+}
+
+template <class Result, Result (*Query)(std::u16string const&)>
+json status_from(arguments const& given) {
+    return json_of(Query(text(given)));
+}
+
+/// The bits of those options that are given.
+template <class Bits>
+Bits bits_of(arguments const& given, std::initializer_list<std::pair<char const*, Bits>> options) {
+    Bits bits{};
+    for (auto const& [name, bit] : options)
+        if (given.has(name)) bits = bits | bit;
+    return bits;
+}
+
+// Permissions
+
+std::pair<char const*, unsigned int> const permission_names[] = {
+    {"owner_read", fs::file_status::owner_read},
+    {"owner_write", fs::file_status::owner_write},
+    {"owner_exec", fs::file_status::owner_exec},
+    {"owner_all", fs::file_status::owner_all},
+    {"group_read", fs::file_status::group_read},
+    {"group_write", fs::file_status::group_write},
+    {"group_exec", fs::file_status::group_exec},
+    {"group_all", fs::file_status::group_all},
+    {"others_read", fs::file_status::others_read},
+    {"others_write", fs::file_status::others_write},
+    {"others_exec", fs::file_status::others_exec},
+    {"others_all", fs::file_status::others_all},
+    {"set_uid_on_exec", fs::file_status::set_uid_on_exec},
+    {"set_gid_on_exec", fs::file_status::set_gid_on_exec},
+    {"sticky_bit", fs::file_status::sticky_bit},
+    {"perms_all", fs::file_status::perms_all},
+};
+
+/// The bits of "owner_read,group_read" or "0640".
+unsigned int permission_bits(std::string const& value) {
+    if (!value.empty() && value.find_first_not_of("01234567") == value.npos) {
+        unsigned long const bits = std::strtoul(value.c_str(), nullptr, 8);
+        if (bits > 07777) throw usage_error("permissions end at 07777: " + value);
+        return static_cast<unsigned int>(bits);
+    }
+    unsigned int bits = 0;
+    for (std::size_t begin = 0, end = 0; end != value.npos; begin = end + 1) {
+        end = value.find(',', begin);
+        std::string const name = value.substr(begin, end == value.npos ? end : end - begin);
+        unsigned int found = 0;
+        for (auto const& [known, bit] : permission_names)
+            if (name == known) found = bit;
+        if (found == 0) throw usage_error("no such permission: " + name);
+        bits |= found;
+    }
+    return bits;
+}
+
+json permissions(arguments const& given) {
+    unsigned int perms =
+        bits_of<unsigned int>(given, {{"no-follow", fs::file_status::perms_symlink},
+                                      {"add", fs::file_status::perms_add},
+                                      {"remove", fs::file_status::perms_remove}});
+    bool has_way = false;
+    for (char const* const way : {"set", "add", "remove"}) {
+        if (!given.has(way)) continue;
+        has_way = true;
+        for (std::string const& value : given.options.at(way)) perms |= permission_bits(value);
+    }
+    if (!has_way) throw usage_error("one of --set, --add and --remove is needed");
+    fs::permissions(text(given), perms);
+    return done;
+}
+
+json access(arguments const& given) {
+    unsigned int const mode = bits_of<unsigned int>(given, {{"exists", fs::access_exists},
+                                                            {"read", fs::access_read},
+                                                            {"write", fs::access_write},
+                                                            {"execute", fs::access_execute}});
+    return fs::access(text(given), mode == 0 ? fs::access_exists : mode);
+}
+
+// The rest
+
+json exists(arguments const& given) { return fs::exists(text(given)); }
+
+json status(arguments const& given) { return status_of(text(given)); }
+
+json explain(arguments const& given) {
+    std::string const& operand = given.operands[0];
+    return explanation(operand, handed_on(given, fs::detail::from_filesystem(operand)));
+}
+
+json create_symlink(arguments const& given) {
+    unsigned int type = fs::file_status::file_type_auto;
+    if (given.has("directory")) type = fs::file_status::directory_file;
+    if (given.has("file")) type = fs::file_status::regular_file;
+    fs::create_symlink(text(given, 0), text(given, 1), type);
+    return done;
+}
+
+json rename(arguments const& given) {
+    fs::rename_options options;
+    options.preserve_last_write_time = given.has("keep-times") ? 1 : 0;
+    fs::rename(text(given, 0), text(given, 1), options);
+    return done;
+}
+
+json remove(arguments const& given) {
+    if (given.has("directory"))
+        fs::remove(text(given), fs::file_status::directory_file);
+    else if (given.has("file"))
+        fs::remove(text(given), fs::file_status::regular_file);
+    else
+        fs::remove(text(given));
+    return done;
+}
+
+template <void (*Operation)(std::u16string const&, std::u16string const&, fs::copy_option)>
+json copy(arguments const& given) {
+    Operation(
+        text(given, 0), text(given, 1),
+        bits_of<fs::copy_option>(given, {{"overwrite", fs::copy_option::overwrite_if_exists},
+                                         {"skip", fs::copy_option::skip_existing},
+                                         {"update", fs::copy_option::update_existing},
+                                         {"recursive", fs::copy_option::recursive},
+                                         {"copy-links", fs::copy_option::copy_symlinks},
+                                         {"skip-links", fs::copy_option::skip_symlinks},
+                                         {"create-links", fs::copy_option::create_symlinks}}));
+    return done;
+}
+
+json relative(arguments const& given) {
+    bool const from_here = given.operands.size() == 1;
+    std::u16string const base = from_here ? fs::get_current_path() : text(given, 1);
+    std::u16string const found = fs::relative(text(given), base);
+    if (found.empty() && !fs::weakly_canonical(text(given)).empty() &&
+        !fs::weakly_canonical(base).empty())
+        throw std::runtime_error("no relative path leads there");
+    return to_filesystem(found);
+}
+
+json current_path(arguments const&) { return to_filesystem(fs::get_current_path()); }
+
+json change_current_path(arguments const& given) {
+    return fs::change_current_path(text(given)) ? current_path(given) : json(false);
+}
+
+json equivalent(arguments const& given) { return fs::equivalent(text(given, 0), text(given, 1)); }
+
+json space(arguments const& given) {
+    auto const info = fs::space(fs::upath(text(given)));
+    return {{"capacity", info.capacity}, {"free", info.free}, {"available", info.available}};
+}
+
+json get_unc_path(arguments const& given) {
+    return to_filesystem(fs::get_unc_path(text(given), /*flag=*/false));
+}
+
+json walk_through(arguments const&) { return tour(); }
+
+option const expand = {"expand", nullptr, "Expand a leading ~ or ~name"};
+option const print0 = {"print0", nullptr, "End the path with a zero byte, nothing in it escaped"};
+
+std::vector<option> const copy_options = {
+    {"overwrite", nullptr, "Replace existing files"},
+    {"skip", nullptr, "Leave existing files alone"},
+    {"update", nullptr, "Replace existing files that are older"},
+    {"recursive", nullptr, "Copy a directory with all it holds"},
+    {"copy-links", nullptr, "Copy links as links"},
+    {"skip-links", nullptr, "Ignore links"},
+    {"create-links", nullptr, "Make a link to the source instead of copying"},
+};
+
+command asks(char const* name, char const* operands, char const* help,
+             json (*run)(arguments const&), std::vector<option> options = {}) {
+    return {name, operands, help, run, nature::answers, std::move(options)};
+}
+
+command acts(char const* name, char const* operands, char const* help,
+             json (*run)(arguments const&), std::vector<option> options = {}) {
+    return {name, operands, help, run, nature::acts, std::move(options)};
+}
+
+command takes_time(char const* name, char const* operands, char const* help,
+                   json (*run)(arguments const&), std::vector<option> options = {}) {
+    return {name, operands, help, run, nature::takes_time, std::move(options)};
+}
+
+}  // namespace
+
+std::vector<command> commands() {
+    return {
+        {"tour",
+         "",
+         "Walk through every operation in a scratch directory",
+         walk_through,
+         nature::narrates,
+         {}},
+        asks("explain", "PATH...", "Show what becomes of each path, and what its elements are",
+             explain, {expand}),
+        asks("status", "PATH...", "Show each path's native form and parts, and what is there",
+             status, {expand}),
+        asks("exists", "PATH", "Whether something is there, links followed", exists, {expand}),
+        asks("symlink-status", "PATH", "Show what is there, a link not followed",
+             status_from<fs::file_status, fs::symlink_status>, {expand}),
+        asks("status-express-light", "PATH", "Show type, time and size, the path taken as given",
+             status_from<fs::file_status_light, fs::status_express_light>),
+        asks("access", "PATH", "Whether this process may do all that the options ask for", access,
+             {{"exists", nullptr, "Exists (the default); a missing path is an answer then"},
+              {"read", nullptr, "Read"},
+              {"write", nullptr, "Write"},
+              {"execute", nullptr, "Execute, or search a directory"},
+              expand}),
+        asks("equivalent", "PATH OTHER", "Whether both lead to one file", equivalent),
+        asks("space", "PATH", "Show the size of the file system and what is free, in bytes", space,
+             {expand}),
+        asks("current-path", "", "Print the working directory", current_path, {print0}),
+        asks("change-current-path", "PATH",
+             "Change the working directory (of kofs alone), and print it", change_current_path,
+             {print0}),
+        asks("read-symlink", "PATH", "Print the text of a link", path_from<fs::read_symlink>,
+             {expand, print0}),
+        asks("absolute", "PATH [BASE]", "Print the absolute path; nothing is looked up",
+             path_from_two<fs::absolute>, {expand, print0}),
+        asks("canonical", "PATH [BASE]", "Print the absolute path without links and dots",
+             path_from_two<fs::canonical>, {expand, print0}),
+        asks("weakly-canonical", "PATH", "The same for a path of which an end may be missing",
+             path_from<fs::weakly_canonical>, {expand, print0}),
+        asks("relative", "PATH [BASE]", "Print the way from BASE, or from here", relative,
+             {expand, print0}),
+        asks("get-unc-path", "PATH", "Print the path; for callers from other platforms",
+             get_unc_path, {print0}),
+        acts("create-directory", "PATH...", "Make directories", for_one<fs::create_directory>),
+        acts("create-directories", "PATH...", "Make directories and those above them",
+             for_one<fs::create_directories>),
+        acts("create-symlink", "TARGET LINK", "Make a symbolic link with the text TARGET",
+             create_symlink,
+             {{"file", nullptr, "For a file; makes no difference here", true},
+              {"directory", nullptr, "For a directory; makes no difference here", true}}),
+        acts("permissions", "PATH...",
+             "Change permissions, given as names like owner_read,group_all or in octal",
+             permissions,
+             {{"set", "PERMS", "These and no others", true},
+              {"add", "PERMS", "These as well", true},
+              {"remove", "PERMS", "All but these", true},
+              {"no-follow", nullptr, "Of a link itself, where the system can"}}),
+        acts("create-shortcut", "FROM TO", "Fail: other platforms have shortcuts",
+             for_two<fs::create_shortcut>),
+        takes_time("copy", "FROM TO", "Copy anything", copy<fs::copy>, copy_options),
+        takes_time("copy-file", "FROM TO", "Copy a file", copy<fs::copy_file>, copy_options),
+        takes_time("copy-directory", "FROM TO", "Make a directory with another's permissions",
+                   for_two<fs::copy_directory>),
+        takes_time("copy-symlink", "FROM TO", "Copy a link as a link", for_two<fs::copy_symlink>),
+        takes_time("rename", "FROM TO", "Move, to another file system as well", rename,
+                   {{"keep-times", nullptr, "Keep the write times of files that are copied"}}),
+        takes_time("remove", "PATH...", "Remove files, links and empty directories", remove,
+                   {{"file", nullptr, "As remove-file, without looking first", true},
+                    {"directory", nullptr, "As remove-directory, without looking first", true}}),
+        takes_time("remove-file", "PATH...", "Remove files or links", for_one<fs::remove_file>),
+        takes_time("remove-directory", "PATH...", "Remove empty directories",
+                   for_one<fs::remove_directory>),
+        takes_time("remove-symlink", "PATH...", "Remove links or files",
+                   for_one<fs::remove_symlink>),
+        takes_time("remove-all", "PATH...", "Remove whole trees", for_one<fs::remove_all>),
+    };
+}
+
+}  // namespace kofs

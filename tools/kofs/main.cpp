@@ -1,0 +1,175 @@
+// A tool for the shell on the public interface of ko::filesystem.
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <boost/version.hpp>
+
+#include "command.hpp"
+#include "commands.hpp"
+#include "report.hpp"
+
+namespace {
+
+using namespace kofs;
+
+constexpr char operand_mark = '\x01';
+
+std::string const version =
+    "ko::filesystem " KOFS_VERSION ", Boost " + std::to_string(BOOST_VERSION / 100000) + '.' +
+    std::to_string(BOOST_VERSION / 100 % 1000) + '.' + std::to_string(BOOST_VERSION % 100);
+
+char const footer[] =
+    "Operands are names: the shell expands tildes, and kofs expands none unless --expand asks.\n\n"
+    "With --json, before or after the command, every line of standard output is an object with\n"
+    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after something "
+    "was\n"
+    "done) and \"error\". A command for any number of paths prints one for each.\n\n"
+    "On a terminal, names are shown with control characters escaped, and standard error shows the\n"
+    "time that a copy, a move or a removal takes beyond the first second.\n\n"
+    "Exit status: 0 success, 1 failure, 2 wrong usage; 128 and the signal's number when a signal\n"
+    "has ended the tour.";
+
+/// The arguments in the parser's order, the last first. A word that is no option is marked: the
+/// parser would read "[a,b]" as a list, "++" as an end, and the name of a command as one more.
+std::vector<std::string> marked(int argc, char** argv) {
+    std::vector<std::string> words;
+    bool has_command = false;
+    bool only_operands = false;
+    for (std::string word : std::vector<std::string>(argv + std::min(argc, 1), argv + argc)) {
+        if (!only_operands && has_command && word == "--") {
+            only_operands = true;
+            continue;
+        }
+        if (only_operands || (has_command && word.compare(0, 1, "-") != 0))
+            word.insert(word.begin(), operand_mark);
+        else if (!has_command && word.compare(0, 1, "-") != 0) {
+            has_command = true;
+            std::replace(word.begin(), word.end(), '_', '-');
+        }
+        words.push_back(std::move(word));
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
+std::vector<std::string> unmarked(std::vector<std::string> words) {
+    for (std::string& word : words)
+        if (!word.empty() && word[0] == operand_mark) word.erase(0, 1);
+    return words;
+}
+
+/// The usage line names the operands; there is no more to say of them.
+struct formatter : CLI::Formatter {
+    std::string make_positionals(CLI::App const*) const override { return {}; }
+};
+
+/// Makes the parser of a command, and gives its operands in their order.
+std::vector<CLI::Option*> add_command(CLI::App& app, command const& of) {
+    CLI::App& parser = *app.add_subcommand(of.name, of.help)->allow_extras()->group("Commands");
+    std::vector<CLI::Option*> operands;
+    std::istringstream names(of.operands);
+    for (std::string name; names >> name;) {
+        bool const required = name[0] != '[';
+        if (!required) name = name.substr(1, name.size() - 2);
+        std::size_t const dots = name.find("...");
+        operands.push_back(parser.add_option(name.substr(0, dots))->required(required));
+        if (dots != name.npos) operands.back()->expected(CLI::detail::expected_max_vector_size);
+    }
+    std::vector<CLI::Option*> exclusive;
+    for (option const& each : of.options) {
+        std::string const name = std::string("--") + each.name;
+        CLI::Option* const made = each.value == nullptr
+                                      ? parser.add_flag(name, each.help)->disable_flag_override()
+                                      : parser.add_option(name, CLI::callback_t(), each.help)
+                                            ->type_name(each.value)
+                                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        if (!each.exclusive) continue;
+        for (CLI::Option* const other : exclusive) made->excludes(other);
+        exclusive.push_back(made);
+    }
+    if (of.kind != nature::narrates)
+        parser.add_flag("--json", "Print every answer and every failure as a line of JSON")
+            ->disable_flag_override();
+    return operands;
+}
+
+/// What is wrong with the first of the words that `parser` has no use for.
+std::string leftover(CLI::App const& parser, char const* word_is) {
+    std::vector<std::string> const words = parser.remaining();
+    if (words.empty()) return {};
+    bool const is_option = words[0].compare(0, 1, "-") == 0;
+    return (is_option ? "no such option: " : word_is) + unmarked(words)[0];
+}
+
+/// Runs the command that the command line names and gives the exit status.
+int run_command_line(int argc, char** argv) {
+    arguments given;
+    std::vector<std::string> words = marked(argc, argv);
+    bool const no_words = words.empty();
+    given.json = std::find(words.begin(), words.end(), "--json") != words.end();
+
+    std::vector<command> const all = commands();
+    CLI::App app(
+        "Asks about files, and makes, moves, copies and removes them, with ko::filesystem.",
+        "kofs");
+    app.set_help_flag("-h,--help", "Print this help, or that of the command before it");
+    app.set_version_flag("--version", version, "Print the versions of the library and of Boost");
+    app.add_flag("--json", "Print every answer and every failure as a line of JSON");
+    app.allow_extras()->require_subcommand(0, 1)->formatter(std::make_shared<formatter>());
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    std::map<std::string, std::vector<CLI::Option*>> operands;
+    for (command const& each : all) operands[each.name] = add_command(app, each);
+    app.footer(footer);  // of this help, and no command's
+    if (no_words) {
+        std::cerr << app.help();
+        return report_failure(given, usage_error("no command"));
+    }
+    std::string complaint;
+    try {
+        app.parse(words);
+    } catch (CLI::Success const& asked) {  // for the help or the version
+        return app.exit(asked, std::cout, std::cerr);
+    } catch (CLI::ParseError const& error) {
+        complaint = error.what();
+    }
+    std::vector<CLI::App*> const parsed_commands = app.get_subcommands();
+    if (parsed_commands.empty()) {
+        if (complaint.empty()) complaint = leftover(app, "no such command: ");
+        return report_failure(given, usage_error(complaint.empty() ? "no command" : complaint));
+    }
+    CLI::App const& parser = *parsed_commands[0];
+    given.command = parser.get_name();
+    for (CLI::Option const* const each : operands[given.command])
+        for (std::string& operand : unmarked(each->results())) given.operands.push_back(operand);
+    if (complaint.empty()) complaint = leftover(app, "") + leftover(parser, "too many operands: ");
+    if (!complaint.empty()) return report_failure(given, usage_error(complaint));
+    auto const chosen = std::find_if(
+        all.begin(), all.end(), [&](command const& each) { return each.name == given.command; });
+    for (option const& each : chosen->options) {
+        CLI::Option const& parsed = *parser.get_option(std::string("--") + each.name);
+        if (!parsed.empty()) given.options[each.name] = unmarked(parsed.results());
+    }
+    return run(*chosen, given);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    int const status = run_command_line(argc, argv);
+    if (std::cout.flush()) return status;
+    std::cerr << "kofs: the output could not be written\n";
+    return status == EXIT_SUCCESS ? EXIT_FAILURE : status;
+} catch (std::exception const& error) {
+    std::cerr << "kofs: " << error.what() << '\n';
+    return EXIT_FAILURE;
+}

@@ -1,0 +1,265 @@
+#include "report.hpp"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "elapsed_time.hpp"
+
+namespace kofs {
+
+namespace fs = ko::filesystem;
+
+using fs::detail::from_filesystem;
+using fs::detail::to_filesystem;
+
+namespace {
+
+constexpr int wrong_usage = 2;
+
+/// `bytes` with U+FFFD in place of each that is not UTF-8.
+std::string valid(std::string const& bytes) { return to_filesystem(from_filesystem(bytes)); }
+
+std::string shown(std::string const& text) { return kofs::shown(from_filesystem(text)); }
+
+/// Prints what a command was asked, and the member `name`, as one JSON object on one line.
+void print_json(arguments const& given, char const* name, json const& value) {
+    json operands = json::array();
+    for (std::string const& each : given.operands) operands.push_back(valid(each));
+    json const line = {{"command", given.command.empty() ? json() : json(given.command)},
+                       {"operands", operands},
+                       {name, value}};
+    // At once: who reads along, or sees the process killed, is to know what was done.
+    std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << std::endl;
+}
+
+// Failures
+
+/// Whether the library means `operand` by `path`. What Boost has refused comes back with the low
+/// bytes of its characters only.
+bool is_operand(arguments const& given, std::string const& operand, std::u16string const& path) {
+    std::u16string const native = fs::detail::make_native_form(
+        handed_on(given, from_filesystem(operand)), /*expand_tilde=*/true);
+    std::string low_bytes;
+    for (char16_t const unit : native) low_bytes += static_cast<char>(unit);
+    return path == native || path == from_filesystem(low_bytes) || path == from_filesystem(operand);
+}
+
+/// The operands that a failure is about, then the paths in it that are none of them.
+std::string place(arguments const& given, json const& error) {
+    std::vector<std::string> operands = given.operands;
+    std::string others;
+    json paths = error.value("arguments", json::array());
+    paths.insert(paths.begin(), error.value("path", ""));
+    // What exists is in the way of the last operand, whichever path the library names.
+    bool const exists = error["class"] == "FileExistsError" && operands.size() == 2;
+    if (exists) operands = {operands[1]};
+    for (auto const& each : paths) {
+        std::u16string const path = from_filesystem(each);
+        auto const named = std::find_if(
+            given.operands.begin(), given.operands.end(),
+            [&](std::string const& operand) { return is_operand(given, operand, path); });
+        if (named != given.operands.end()) {
+            if (!exists && &each == &paths.front()) operands = {*named};
+        } else if (!path.empty()) {
+            others += ": " + kofs::shown(path);
+        }
+    }
+    std::string text;
+    for (std::string const& each : operands)
+        text += (text.empty() ? "" : ", ") + (each.empty() ? "''" : shown(each));
+    return text + others;
+}
+
+void print_failure(arguments const& given, json const& error) {
+    std::cout.flush();
+    std::string const program = given.command.empty() ? "kofs" : "kofs " + given.command;
+    bool const misuse = error.value("class", "") == "usage";
+    std::cerr << program << ": ";
+    if (!misuse && !given.operands.empty()) std::cerr << place(given, error) << ": ";
+    std::cerr << shown(error["message"]) << (misuse ? "; see " + program + " --help" : "") << '\n';
+}
+
+// Answers
+
+std::string text_of(json const& value) {
+    if (value.is_null() || value.empty() || value == "") return "-";
+    if (value.is_string()) return shown(value.get<std::string>());
+    if (value.is_boolean()) return value ? "yes" : "no";
+    if (!value.is_array()) return value.dump();
+    std::string list;
+    for (json const& each : value) list += (list.empty() ? "" : ", ") + text_of(each);
+    return list;
+}
+
+/// What a table's row has besides the name.
+std::string cells_of(json const& row) {
+    std::string cells;
+    for (auto const& [column, cell] : row.items()) {
+        if (column == "name") continue;
+        if (!cells.empty()) cells += column == "link" ? " -> " : column == "error" ? ": " : " ";
+        cells += text_of(cell);
+    }
+    return cells;
+}
+
+void print_path(arguments const& given, std::string const& path) {
+    if (given.has("print0"))
+        std::cout << path << '\0';
+    else
+        std::cout << (::isatty(STDOUT_FILENO) != 0 ? shown(path) : path) << '\n';
+}
+
+int print_answer(command const& chosen, arguments const& given, json const& answer) {
+    if (answer == "")
+        throw std::runtime_error(given.operands.empty() || !given.operands[0].empty()
+                                     ? "the result has a name that is not UTF-8"
+                                     : "the path is empty");
+    bool const is_object = answer.is_object();
+    json error = is_object && answer.contains("error") ? answer["error"] : json();
+    bool const nothing =
+        is_object && answer.contains("symlink_status") && answer["symlink_status"].is_null();
+    bool const failed = answer.is_null() || answer == false || !error.is_null() || nothing;
+    if (given.json) {
+        print_json(given, "result", answer);
+    } else if (answer.is_string()) {
+        print_path(given, answer);
+    } else if (is_object) {
+        if (std::strchr(chosen.operands, '.') != nullptr)
+            std::cout << shown(given.operands[0]) << '\n';
+        print_rows(std::cout, answer);
+        if (!error.is_null()) print_failure(given, error);
+    } else {
+        std::cout << (answer.is_null() ? "nothing" : text_of(answer)) << '\n';
+    }
+    return failed ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+/// Runs it once. False when the operands that follow are to be left.
+bool run_once(command const& chosen, arguments const& given, int& status) {
+    std::unique_ptr<elapsed_time> time;
+    try {
+        if (chosen.kind == nature::takes_time && !given.json)
+            time = elapsed_time::shown(given.command);
+        json const answer = chosen.run(given);
+        if (chosen.kind == nature::narrates)
+            status = answer;
+        else if (chosen.kind == nature::answers)
+            status = std::max(status, print_answer(chosen, given, answer));
+        else if (given.json)
+            print_json(given, "done", true);
+        return true;
+    } catch (std::exception const& error) {
+        time.reset();
+        status = std::max(status, report_failure(given, error));
+        return chosen.kind == nature::answers && status != wrong_usage;
+    }
+}
+
+}  // namespace
+
+int run(command const& chosen, arguments const& given) {
+    int status = EXIT_SUCCESS;
+    if (given.json && (chosen.kind == nature::narrates || given.has("print0")))
+        return report_failure(given, usage_error("--json is not for this"));
+    if (std::strchr(chosen.operands, '.') == nullptr) {
+        run_once(chosen, given, status);
+        return status;
+    }
+    for (std::string const& operand : given.operands) {
+        arguments one = given;
+        one.operands = {operand};
+        if (!run_once(chosen, one, status)) break;
+    }
+    return status;
+}
+
+int report_failure(arguments const& given, std::exception const& error) {
+    json const described = json_of(error);
+    if (given.json)
+        print_json(given, "error", described);
+    else
+        print_failure(given, described);
+    return described["class"] == "usage" ? wrong_usage : EXIT_FAILURE;
+}
+
+std::string describe(fs::FsysExceptionBase const& error) {
+    auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
+    if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
+    constexpr std::pair<int, int> numbers[] = {
+        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
+        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
+    };
+    for (auto const& [kind, number] : numbers)
+        if (kind == error.kind()) return std::strerror(number);
+    return std::strerror(error.system_error_number());
+}
+
+json json_of(std::exception const& error) {
+    auto const* const failure = dynamic_cast<fs::FsysExceptionBase const*>(&error);
+    std::string const what = valid(error.what());
+    if (failure == nullptr) {
+        bool const misuse = dynamic_cast<usage_error const*>(&error) != nullptr;
+        return {{"class", misuse ? "usage" : "exception"}, {"what", what}, {"message", what}};
+    }
+    json list = json::array();
+    for (std::u16string const& each : failure->arguments()) list.push_back(to_filesystem(each));
+    std::string const& id = failure->message_id();
+    return {{"class", id.substr(id.rfind(':') + 1)},
+            {"id", id},
+            {"what", what},
+            {"message", describe(*failure)},
+            {"path", to_filesystem(failure->path())},
+            {"arguments", list},
+            {"number", failure->system_error_number()}};
+}
+
+void print_rows(std::ostream& out, json const& object) {
+    for (auto const& [name, value] : object.items()) {
+        bool const is_told = name == "symlink_status" && object.value("status", json()) == value;
+        if (name == "error" || is_told) continue;
+        std::string label = name;
+        std::replace(label.begin(), label.end(), '_', ' ');
+        bool const is_table = value.is_array() && !value.empty() && value[0].is_object();
+        out << "  " << std::left << std::setw(is_table || value.is_object() ? 0 : 15) << label;
+        if (!is_table && !value.is_object()) {
+            out << text_of(value) << '\n';
+            continue;
+        }
+        out << '\n';
+        for (auto const& [key, row] : value.items())
+            out << "    " << std::setw(12) << (is_table ? text_of(row["name"]) : key) << ' '
+                << (is_table ? cells_of(row) : text_of(row)) << '\n';
+    }
+}
+
+std::string shown(std::u16string const& text) {
+    std::u16string printable;
+    for (char16_t const unit : text) {
+        bool const hides = unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x061C ||
+                           unit == 0x200E || unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
+                           (unit >= 0x2066 && unit <= 0x2069);
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(unit));
+        hides ? printable.append(escape, escape + 6) : printable.append(1, unit);
+    }
+    return to_filesystem(printable);
+}
+
+std::u16string handed_on(arguments const& given, std::u16string const& operand) {
+    return operand.compare(0, 1, u"~") == 0 && !given.has("expand") ? u"./" + operand : operand;
+}
+
+}  // namespace kofs

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <exception>
+#include <iosfwd>
+#include <string>
+
+#include <ko/filesystem.hpp>
+
+#include "command.hpp"
+
+namespace kofs {
+
+/// Runs a command for its operands, prints what it answers and what goes wrong, and gives the exit
+/// status: 1 after a failure, and when the answer is no or nothing; 2 after wrong usage.
+int run(command const& chosen, arguments const& given);
+
+/// Reports a failure of any kind; gives 2 when it is wrong usage, else 1.
+int report_failure(arguments const& given, std::exception const& error);
+
+/// What went wrong, as the system or the library puts it: one line of UTF-8, without the path.
+std::string describe(ko::filesystem::FsysExceptionBase const& error);
+
+json json_of(std::exception const& error);
+
+/// An object, a line for each member.
+void print_rows(std::ostream& out, json const& object);
+
+/// `text` in UTF-8, with control characters, line ends and bidirectional marks escaped.
+std::string shown(std::u16string const& text);
+
+/// What `operand` is to the library: a tilde is part of a name, unless its expansion is asked for.
+std::u16string handed_on(arguments const& given, std::u16string const& operand);
+
+}  // namespace kofs
