@@ -3,8 +3,10 @@
     kofs_test.py KOFS FOLDER    FOLDER has its manual page and its completions
 """
 import concurrent.futures
+import contextlib
 import errno
 import fcntl
+import functools
 import json
 import os
 import pty
@@ -14,7 +16,6 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
 KOFS, SOURCE = map(os.path.abspath, sys.argv[1:3])
@@ -31,7 +32,7 @@ TEXT = [
     ("canonical --expand ~", 0, "{home}\n", ""),
     ("status loop", 1, "symbolic link", "kofs status: loop: Too many levels of symbolic links\n"),
     ("explain f//x", 1, "collapsed      1\n", "kofs explain: f//x: Not a directory\n"),
-    ("explain bad\udcff", 1, "utf16          bad\\uFFFD\n  substituted    3\n", "Invalid UTF-8\n"),
+    ("explain bad\udcff", 1, "utf16          bad\\uFFFD\n  substituted    3\n", "kofs explain: bad\ufffd: Invalid UTF-8\n"),
     ("explain --expand ~/", 0, "expanded       {home}\n", ""),
     ("read-symlink notutf8", 1, "", "kofs read-symlink: notutf8: the result has a name that is not UTF-8\n"),
     ("exists bad\udcff", 1, "", "kofs exists: bad\ufffd: Invalid UTF-8\n"),
@@ -80,24 +81,18 @@ def kofs(*words):
 
 
 def look_up(value, path):
-    for step in path.split("/"):
-        value = value[int(step) if isinstance(value, list) else step]
-    return value
+    return functools.reduce(lambda at, step: at[int(step) if isinstance(at, list) else step], path.split("/"), value)
 
 
 def read_terminal(master, until=None):
     """What comes until that text does, or the end."""
-    text, end = b"", time.monotonic() + 20
-    while (until is None or until not in text) and time.monotonic() < end:
-        try:
-            chunk = os.read(master, 4096) if select.select([master], [], [], 1)[0] else None
-        except OSError as error:  # how Linux says that nobody has the terminal open any more
-            if error.errno != errno.EIO:
-                raise
-            chunk = b""
-        if chunk == b"":
-            break
-        text += chunk or b""
+    text = b""
+    with contextlib.suppress(OSError):  # EIO is how Linux says that nobody has the terminal open any more
+        while (until is None or until not in text) and select.select([master], [], [], 20)[0]:
+            chunk = os.read(master, 4096)
+            if not chunk:
+                break
+            text += chunk
     return text
 
 
@@ -135,8 +130,8 @@ class Kofs(unittest.TestCase):
             with self.subTest(line):
                 ran = kofs(*line.split())
                 self.assertEqual(ran.returncode, status, ran)
-                self.assertIn(out.format(home=self.home, here=self.here) if "{h" in out else out, ran.stdout)
-                self.assertTrue(ran.stderr.endswith(error) or error.endswith(";") and error in ran.stderr, ran)
+                self.assertIn(out.replace("{home}", self.home).replace("{here}", self.here), ran.stdout)
+                self.assertIn(error, ran.stderr)
                 self.assertEqual((ran.stdout == "", ran.stderr == ""), (out == "", error == ""), ran)
                 self.assertTrue(ran.stderr.count("\n") <= 1 or line == "", ran)
 

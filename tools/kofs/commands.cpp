@@ -1,5 +1,6 @@
 #include "commands.hpp"
 
+#include <cstddef>
 #include <cstdlib>
 #include <initializer_list>
 #include <stdexcept>

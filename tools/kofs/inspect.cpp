@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -198,7 +199,8 @@ json explanation(std::string const& operand, std::u16string const& text) {
                   {"utf16", escaped(text)},
                   {"substituted", substituted_bytes(operand, from_filesystem(operand))},
                   {"expanded", home == tilde ? json() : json(to_filesystem(home))},
-                  {"collapsed", home.size() + text.size() - tilde.size() - native.size()},
+                  {"collapsed",
+                   native.empty() ? 0 : home.size() + text.size() - tilde.size() - native.size()},
                   {"native_form", path8},
                   {"utf8", escaped(path8)},
                   {"elements", json::array()}};

@@ -18,9 +18,9 @@
 #include "commands.hpp"
 #include "report.hpp"
 
-namespace {
+namespace kofs {
 
-using namespace kofs;
+namespace {
 
 constexpr char operand_mark = '\x01';
 
@@ -164,8 +164,10 @@ int run_command_line(int argc, char** argv) {
 
 }  // namespace
 
+}  // namespace kofs
+
 int main(int argc, char** argv) try {
-    int const status = run_command_line(argc, argv);
+    int const status = kofs::run_command_line(argc, argv);
     if (std::cout.flush()) return status;
     std::cerr << "kofs: the output could not be written\n";
     return status == EXIT_SUCCESS ? EXIT_FAILURE : status;

@@ -42,7 +42,7 @@ void print_json(arguments const& given, char const* name, json const& value) {
                        {"operands", operands},
                        {name, value}};
     // At once: who reads along, or sees the process killed, is to know what was done.
-    std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << std::endl;
+    std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << '\n' << std::flush;
 }
 
 // Failures
@@ -64,7 +64,7 @@ std::string place(arguments const& given, json const& error) {
     json paths = error.value("arguments", json::array());
     paths.insert(paths.begin(), error.value("path", ""));
     // What exists is in the way of the last operand, whichever path the library names.
-    bool const exists = error["class"] == "FileExistsError" && operands.size() == 2;
+    bool const exists = error.value("class", "") == "FileExistsError" && operands.size() == 2;
     if (exists) operands = {operands[1]};
     for (auto const& each : paths) {
         std::u16string const path = from_filesystem(each);
