@@ -3,6 +3,7 @@
 /// Everything public of the library.
 
 #include <ko/filesystem/access.hpp>
+#include <ko/filesystem/attributes.hpp>
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/copy.hpp>
 #include <ko/filesystem/create.hpp>
@@ -16,6 +17,7 @@
 #include <ko/filesystem/detail/path_traits.hpp>
 #include <ko/filesystem/equivalent.hpp>
 #include <ko/filesystem/exceptions.hpp>
+#include <ko/filesystem/exceptions/describe.hpp>
 #include <ko/filesystem/exceptions/fsys_exception_base.hpp>
 #include <ko/filesystem/exceptions/invalid_argument.hpp>
 #include <ko/filesystem/exceptions/path_errors.hpp>
@@ -29,3 +31,4 @@
 #include <ko/filesystem/resolve.hpp>
 #include <ko/filesystem/space.hpp>
 #include <ko/filesystem/status.hpp>
+#include <ko/filesystem/std_path.hpp>

@@ -13,7 +13,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = [
     {"config", "file_status", "options", "detail/current_directory", "detail/path_constants",
      "detail/text_scan", "posix/file_identity", "posix/foreign_rights", "posix/handles"},
-    {"exceptions", "exceptions/fsys_exception_base", "exceptions/invalid_argument",
+    {"exceptions", "exceptions/describe", "exceptions/fsys_exception_base", "exceptions/invalid_argument",
      "exceptions/path_errors", "exceptions/throw", "posix/iconv_converter"},
     {"detail/encoding", "posix/encoding", "detail/path_algorithms"},
     {"detail/error_mapping", "detail/path_decomposition"},
@@ -21,14 +21,14 @@ FLOORS = [
     {"detail/path_composition"},
     {"detail/path_traits"},
     {"path"},
-    {"access", "copy", "create", "current_path", "equivalent", "other_platforms", "read_symlink",
-     "remove", "rename", "space", "status", "posix/boost_error", "posix/device_move",
+    {"access", "attributes", "copy", "create", "current_path", "equivalent", "other_platforms", "read_symlink",
+     "remove", "rename", "space", "status", "std_path", "posix/boost_error", "posix/device_move",
      "posix/fault_path",
      "posix/link_maker", "posix/link_reader", "posix/native_text", "posix/status_reader"},
     {"resolve"},
 ]
 # Headers of a floor may stand on these of the same one.
-SAME_FLOOR = {"exceptions", "exceptions/invalid_argument", "exceptions/path_errors",
+SAME_FLOOR = {"exceptions", "exceptions/describe", "exceptions/invalid_argument", "exceptions/path_errors",
               "posix/encoding", "exceptions/throw", "file_status", "detail/current_directory", "detail/path_constants"}
 SYSTEM = re.compile(r"#include <([a-z_/]+\.h)>")
 

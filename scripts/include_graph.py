@@ -17,12 +17,14 @@ PICTURE = ROOT / "docs/design.svg"
 LAYERS = [
     ("base", "constants, records, vector code, owners of handles",
      r"config|file_status|options|detail/path_constants|detail/text_scan|posix/handles"),
-    ("exceptions", "the classes, and the one throw", r"exceptions|exceptions/.*"),
-    ("encoding", "UTF-16 to UTF-8 and back", r"detail/encoding|posix/encoding|posix/iconv_converter"),
+    ("exceptions", "the classes, and the one throw",
+     r"exceptions/(fsys_exception_base|invalid_argument|path_errors|throw)"),
+    ("encoding", "UTF-16 to UTF-8 and back, and a failure in words",
+     r"detail/encoding|posix/encoding|posix/iconv_converter|exceptions|exceptions/describe"),
     ("path text", "parts, joining, native form, upath",
-     r"detail/path_(algorithms|composition|decomposition|expansion|traits)|path"),
+     r"detail/path_(algorithms|composition|decomposition|expansion|traits)|path|std_path"),
     ("operations", "what asks the system, and the error mapping",
-     r"detail/(error_mapping|current_directory)|posix/\w+|access|copy|create|current_path|"
+     r"detail/(error_mapping|current_directory)|posix/\w+|access|attributes|copy|create|current_path|"
      r"equivalent|other_platforms|read_symlink|remove|rename|resolve|space|status"),
     ("public header", "includes every header that callers see", r"\.\./filesystem"),
 ]

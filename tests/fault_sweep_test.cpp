@@ -177,7 +177,8 @@ protected:
             return {outcome.front() == ':' ? mapped(error, outcome.substr(1)) : outcome};
         }
         // Asking again is safe.
-        bool const repeatable = name.rfind("open", 0) == 0 || name == "statvfs";
+        bool const repeatable =
+            name.rfind("open", 0) == 0 || name == "statvfs" || name == "truncate";
         if (error == EINTR && repeatable && (s.reported & of_move) == 0) return {"no failure"};
         std::vector<std::string> result;
         if ((s.reported & none) != 0) result.push_back(mapped(error, {}));
@@ -308,6 +309,17 @@ TEST_F(FaultSweep, OfEveryCall) {
             .but("lstat", {ENOENT, EINVAL}, "no"),
         scenario("status_express_light", own, [=] { return there(status_express_light(at(u"f"))); })
             .but("stat", {ENOENT, EINVAL}, "no"),
+        scenario("is_directory", own, [=] { return is_directory(at(u"d")); })
+            .but("stat", ignored, "no"),
+        scenario("is_regular_file", own, [=] { return is_regular_file(at(u"f")); })
+            .but("stat", ignored, "no"),
+        scenario("is_symlink", own, [=] { return is_symlink(at(u"l")); })
+            .but("lstat", ignored, "no"),
+        scenario("file_size", own, [=] { return file_size(at(u"f")) == 7; }),
+        scenario("hard_link_count", own, [=] { return hard_link_count(at(u"f")) == 1; }),
+        scenario("resize_file", own, [=] { resize_file(at(u"f"), 3); }),
+        scenario("last_write_time", own,
+                 [=] { last_write_time(at(u"f"), last_write_time(at(u"g"))); }),
         scenario("access, read", own, [=] { return access(at(u"f"), access_read); })
             .but("access", {EACCES}, "no"),
         scenario("access, exists", own,
@@ -321,6 +333,10 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("create_directory", own, [=] { create_directory(at(u"n")); }),
         scenario("create_directories", own, [=] { create_directories(at(u"n/m")); })
             .but("mkdir @/n", {EEXIST}, "PathNotFound [@/n/m]"),
+        scenario("ensure_directories", own, [=] { return ensure_directories(at(u"n/m")); })
+            .but("mkdir @/n", {EEXIST}, "PathNotFound [@/n/m]"),
+        scenario("create_hard_link", own, [=] { create_hard_link(at(u"f"), at(u"n")); })
+            .but("stat", absent, "ok"),
         scenario("create_symlink", own, [=] { create_symlink(u"t", at(u"n")); })
             .but("stat", absent, "ok"),
         scenario("read_symlink", own, [=] { return read_symlink(at(u"l")); }),
@@ -329,6 +345,9 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("remove, file", own, [=] { remove(at(u"f")); }).but("lstat", {ENOENT}, "pathless"),
         scenario("remove, directory", own, [=] { remove(at(u"e")); })
             .but("lstat", {ENOENT}, "pathless"),
+        scenario("remove_if_exists", own, [=] { return remove_if_exists(at(u"f")); })
+            .but("lstat", {ENOENT}, "no")
+            .but("unlink", {ENOENT}, "no"),
         scenario("remove_file", own, [=] { remove_file(at(u"f")); })
             .but("unlink", {EPERM}, "FileIsDirectory [@/f]"),
         scenario("remove_directory", own, [=] { remove_directory(at(u"e")); }),

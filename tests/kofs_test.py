@@ -70,7 +70,7 @@ JSON = [
     ("create-directory d f e", 1, {"0/done": True, "0/operands/0": "d", "1/error/class": "FileExistsError",
                                    "1/error/path": "f", "1/error/id": "ko:filesystem:FileExistsError",
                                    "1/error/what": "ko:filesystem:FileExistsError",
-                                   "1/error/message": "File exists", "1/error/arguments": [], "1/error/number": 0}),
+                                   "1/error/message": "already exists: f", "1/error/reason": "File exists", "1/error/arguments": [], "1/error/number": 0}),
     ("remove-directory d", 0, {"0/done": True}),
     ("nonsense", 2, {"0/error/class": "usage", "0/command": None}),
     ("current-path --print0", 2, {"0/error/class": "usage"}),

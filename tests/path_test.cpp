@@ -1,7 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 
 #include <ko/filesystem.hpp>
 
@@ -19,6 +25,7 @@ TEST_F(Path, KeepsItsTextInNativeForm) {
     TELLS(upath(u"~//a/"), "/h/u/a");
     TELLS(upath(u"~//a/", false), "~/a");
     TELLS(upath::from_utf8("\u00E9//"), "\u00E9");
+    TELLS(upath::from_utf8(std::string_view("~/x").substr(1)), "/x");
     TELLS(upath::from_utf8("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
     TELLS(upath(u"\u00E9").string(), "\u00E9");
     EXPECT_TRUE(upath().empty() && upath().expand_tilde() && !upath(u"x", false).expand_tilde());
@@ -34,6 +41,16 @@ TEST_F(Path, IsJoinedWithText) {
     TELLS(upath(u"a") / u"/b", refused);
     TELLS(upath(u"a") / u"~/x", refused);
     EXPECT_FALSE((upath(u"a", false) / u"x").expand_tilde());
+    upath const name(u"~", false);
+    TELLS(upath(u"a") / name / upath(), "a/~");
+    TELLS(name.with_expand_tilde(true) / u"x", "~/x");
+    TELLS(upath(u"a") / upath(u"/b"), refused);
+    TELLS(upath(u"/a").replace_filename(u"x//y"), "/x/y");
+    TELLS(upath(u"/").replace_filename(u"x"), "/x");
+    TELLS(upath(u"a/b").replace_filename(name), "a/~");
+    upath kept(u"a/b");
+    TELLS(kept.replace_filename(u"~/x"), refused);
+    EXPECT_EQ(kept, u"a/b");
 }
 
 TEST_F(Path, HasPartsThatStayAsTheyAre) {
@@ -45,13 +62,73 @@ TEST_F(Path, HasPartsThatStayAsTheyAre) {
     TELLS(p.extension(), "txt");
     TELLS(upath(p).remove_filename(), "/d/~root");
     TELLS(upath(p).replace_extension(u"md").filename(), "a.md");
-    EXPECT_TRUE(p.is_absolute() && !p.relative_path().is_absolute());
+    EXPECT_TRUE(p.is_absolute() && p.relative_path().is_relative());
+    for (char16_t const* const text : {u"", u"/", u"/a", u"a.b", u".b", u"a."}) {
+        upath const q(text);
+        EXPECT_EQ(q.has_root_path(), !q.root_path().empty()) << q;
+        EXPECT_EQ(q.has_relative_path(), !q.relative_path().empty()) << q;
+        EXPECT_EQ(q.has_parent_path(), !q.parent_path().empty()) << q;
+        EXPECT_EQ(q.has_filename(), !q.filename().empty()) << q;
+        EXPECT_EQ(q.has_stem() && q.has_extension(), text == std::u16string(u"a.b")) << q;
+    }
+}
+
+TEST_F(Path, IsASequenceOfItsElements) {
+    for (auto const& [text, elements] : {std::pair("", ""),
+                                         {"/", "[/]"},
+                                         {"~", "[~]"},
+                                         {"/a/~x/b.c", "[/][a][~x][b.c]"},
+                                         {"a/../\u6F22", "[a][..][\u6F22]"}}) {
+        auto const p = upath::from_utf8(text, false);
+        std::string forward, backward;
+        for (upath const& element : p) forward += '[' + element.string() + ']';
+        for (auto i = std::make_reverse_iterator(p.end()); i.base() != p.begin(); ++i)
+            backward.insert(0, '[' + (*i).string() + ']');
+        EXPECT_EQ(forward, elements);
+        EXPECT_EQ(backward, elements);
+    }
+    upath const p(u"/a");
+    auto i = p.begin();
+    EXPECT_TRUE(*i++ == u"/" && i->native() == u"a" && ++i == p.end() && *--i == u"a");
+}
+
+TEST_F(Path, IsMadeNormalAndRelativeAsText) {
+    for (auto const& [text, normal] : {std::pair(u"", ""),
+                                       {u"/", "/"},
+                                       {u"a/./b/../c", "a/c"},
+                                       {u"a/..", "."},
+                                       {u"a/.", "a/."},
+                                       {u"../a/../..", "../.."},
+                                       {u"/../a", "/../a"},
+                                       {u"x/../~/\u6F22", "~/\u6F22"}})
+        TELLS(upath(text).lexically_normal(), normal);
+    for (auto const& [p, base, way] : {std::tuple(u"/a/b/c", u"/a/d", "../b/c"),
+                                       {u"/a", u"/a", "."},
+                                       {u"a/~", u"a", "~"},
+                                       {u"a", u"/a", ""},
+                                       {u"a", u"..", ""}}) {
+        TELLS(upath(p).lexically_relative(upath(base)), way);
+        TELLS(upath(p).lexically_proximate(upath(base)), *way == 0 ? upath(p).string() : way);
+    }
+}
+
+TEST_F(Path, IsTheSameInTheStandardLibrary) {
+    auto const literal = upath::from_std("~/\u6F22//x");
+    TELLS(literal, "~/\u6F22/x");
+    EXPECT_EQ(literal.to_std(), std::filesystem::path("~/\u6F22/x"));
+    EXPECT_TRUE(!literal.expand_tilde() && upath::from_std("x", true).expand_tilde());
+    TELLS(upath::from_std("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
 }
 
 TEST_F(Path, IsComparedHashedAndPrintedByItsText) {
     upath const expanding(u"/\u00E9"), literal(u"/\u00E9", false), other(u"/\u6F22");
     EXPECT_TRUE(expanding == literal && !(expanding != literal) && !(expanding < literal));
     EXPECT_TRUE(expanding != other && expanding < other && !(other < expanding));
+    EXPECT_TRUE(other > expanding && other >= expanding && literal <= expanding);
+    EXPECT_TRUE(other == u"/\u6F22" && u"/" != other && other != std::u16string_view(u"/\u6F22/"));
+    upath a(u"a", false), b(u"b");
+    swap(a, b);
+    EXPECT_TRUE(a == u"b" && b == u"a" && a.expand_tilde() && !b.expand_tilde());
     EXPECT_EQ(std::hash<upath>()(expanding), std::hash<upath>()(literal));
     EXPECT_EQ(std::hash<upath>()(other), std::hash<std::u16string>()(u"/\u6F22"));
     std::ostringstream out;

@@ -32,6 +32,31 @@ KO_FILESYSTEM_API void create_directories(upath const& p);
 /// The same for text, brought into native form first.
 KO_FILESYSTEM_API void create_directories(std::u16string const& p);
 
+/// Makes the directory `p` and every missing one above it, as `create_directories` does; but a
+/// directory, or a link to one, that is at `p` already is no failure, also when another process
+/// makes it meanwhile. Whether `p` was made.
+///
+/// Throws as `create_directories`; FileExistsError when something else is at `p`, a dangling link
+/// too
+KO_FILESYSTEM_API bool ensure_directories(upath const& p);
+/// The same for text, brought into native form first.
+KO_FILESYSTEM_API bool ensure_directories(std::u16string const& p);
+
+/// Makes the name `link` for the file `existing` (linkat). A symbolic link at `existing` is linked
+/// itself, not what it leads to.
+///
+/// Throws
+///   InvalidArgument   `existing` or `link` is empty ("Empty Path not permitted"); path(): empty
+///   FileExistsError   something exists at `link`, links followed; path(): empty
+///   the class of the error number when `link` can't be examined; path(): `link`
+///   the class of the error number when the link can't be made, PathNotFound for a missing
+///   `existing`, FileExistsError for a dangling link at `link`, and a SystemError with EPERM for a
+///   directory or EXDEV for another file system among them; path(): `existing`, arguments(): `link`
+///   where the class keeps it
+KO_FILESYSTEM_API void create_hard_link(upath const& existing, upath const& link);
+/// The same for texts, each brought into native form first.
+KO_FILESYSTEM_API void create_hard_link(std::u16string const& existing, std::u16string const& link);
+
 /// Makes the symbolic link `link` that holds the text `target`, which need not exist and, when
 /// relative, counts from the link's directory. `type` is `file_type_auto`, `regular_file` or
 /// `directory_file` of `file_status`; a POSIX link has no type, so it changes nothing.

@@ -2,13 +2,22 @@
 
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include <ko/filesystem/detail/path_traits.hpp>
 
 namespace ko::filesystem {
+
+namespace detail {
+/// `type` is std::filesystem::path; defined in ko/filesystem/std_path.hpp.
+template <class Native>
+struct std_path;
+}  // namespace detail
 
 /// A path as the operations take it: UTF-16 text in native form (a leading tilde expanded, single
 /// slashes, none at the end but for the root), and whether what is appended has a leading tilde
@@ -22,9 +31,22 @@ namespace ko::filesystem {
 /// comes without its dot, and two paths are equal when their texts are.
 template <class Native, class Internal, class Traits>
 class basic_path {
+    /// A text on its own, and not what a path is made from implicitly.
+    template <class Text>
+    static constexpr bool is_text =
+        std::is_convertible_v<Text const&, std::basic_string_view<Internal>> &&
+        !std::is_convertible_v<Text const&, basic_path>;
+    template <class Text>
+    using if_text = std::enable_if_t<is_text<Text>, bool>;
+    // A template: what is an argument for the overload with a text today goes on to be one.
+    template <class Path>
+    using if_path = std::enable_if_t<std::is_same_v<Path, basic_path>, basic_path>;
+
 public:
     using string_type = std::basic_string<Internal>;
     using native_string_type = std::basic_string<Native>;
+    class const_iterator;
+    using iterator = const_iterator;
 
     /// The empty path.
     basic_path() = default;
@@ -41,6 +63,41 @@ public:
     static basic_path from_utf8(native_string_type const& text, bool expand_tilde = true) {
         return basic_path(Traits::from_native(text), expand_tilde);
     }
+    template <class Text>
+    static std::enable_if_t<std::is_convertible_v<Text const&, std::basic_string_view<Native>> &&
+                                !std::is_convertible_v<Text const&, native_string_type const&>,
+                            basic_path>
+    from_utf8(Text const& text, bool expand_tilde = true) {
+        return from_utf8(native_string_type(std::basic_string_view<Native>(text)), expand_tilde);
+    }
+
+    /// The path that names what `p` names: a tilde in it is a name. `expand_tilde` is for what is
+    /// joined later. Needs ko/filesystem/std_path.hpp.
+    /// Throws as `from_utf8`.
+    template <class Char = Native>
+    static basic_path from_std(typename detail::std_path<Char>::type const& p,
+                               bool expand_tilde = false) {
+        return basic_path(Traits::from_native(p.native()), false).with_expand_tilde(expand_tilde);
+    }
+    /// The same path as a std::filesystem::path, with the text of `string()`. Needs
+    /// ko/filesystem/std_path.hpp.
+    template <class Char = Native>
+    typename detail::std_path<Char>::type to_std() const {
+        return string();
+    }
+
+    /// The same text, which is not expanded again, with another flag.
+    basic_path with_expand_tilde(bool expand_tilde) const {
+        basic_path other(*this);
+        other.expand_tilde_ = expand_tilde;
+        return other;
+    }
+
+    void swap(basic_path& other) noexcept {
+        text_.swap(other.text_);
+        std::swap(expand_tilde_, other.expand_tilde_);
+    }
+    friend void swap(basic_path& a, basic_path& b) noexcept { a.swap(b); }
 
     string_type const& native() const noexcept { return text_; }
     bool expand_tilde() const noexcept { return expand_tilde_; }
@@ -50,7 +107,23 @@ public:
     /// result is empty when it is a high one at the end.
     native_string_type string() const { return Traits::to_native(text_); }
 
+    /// Doesn't compile and says what does: the text is UTF-16, and no UTF-8 lies ready to point at.
+    /// libstdc++'s file streams take anything with this function and the next for a path.
+    template <class Char = Native>
+    Char const* c_str() const {
+        static_assert(sizeof(Char) == 0, "write p.string(), which is UTF-8: a upath is UTF-16");
+        return nullptr;
+    }
+    /// Does nothing: a native form has no other separators.
+    basic_path& make_preferred() noexcept { return *this; }
+
     bool is_absolute() const { return Traits::is_absolute(text_); }
+    bool is_relative() const { return !is_absolute(); }
+
+    /// The elements, each a path: "/" first when there is one, then the names. The iterators are
+    /// valid while this path stays as it is.
+    const_iterator begin() const { return const_iterator(*this, 0); }
+    const_iterator end() const { return const_iterator(*this, text_.size()); }
 
     /// "/" or empty.
     basic_path root_path() const { return part(Traits::extract_root_path(text_)); }
@@ -65,11 +138,38 @@ public:
     /// What follows the last dot of the last element, without the dot.
     basic_path extension() const { return part(Traits::extract_extension(text_)); }
 
+    bool has_root_path() const { return is_absolute(); }
+    bool has_relative_path() const { return !relative_path().empty(); }
+    bool has_parent_path() const { return !parent_path().empty(); }
+    bool has_filename() const { return !filename().empty(); }
+    bool has_stem() const { return !stem().empty(); }
+    bool has_extension() const { return !extension().empty(); }
+
+    /// This path without "." and "..", as far as the text tells: links are not looked at. See
+    /// `detail::lexically_normal`.
+    basic_path lexically_normal() const { return part(Traits::lexically_normal(text_)); }
+    /// How to reach this path from `base`, as far as the texts tell; empty when they don't. See
+    /// `detail::lexically_relative`.
+    basic_path lexically_relative(basic_path const& base) const {
+        return part(Traits::lexically_relative(text_, base.text_));
+    }
+    /// The same, or this path when that is empty.
+    basic_path lexically_proximate(basic_path const& base) const {
+        basic_path const way = lexically_relative(base);
+        return way.empty() ? *this : way;
+    }
+
     /// Drops the last element; the root becomes empty.
     basic_path& remove_filename() {
         Traits::remove_filename(text_);
         return *this;
     }
+
+    /// Joins `name` to the parent path, or to the root when that is all there is.
+    /// Throws as `operator/=`, and leaves this path as it was.
+    basic_path& replace_filename(string_type const& name) { return replace_last(name); }
+    /// The same for a path: a tilde in `name` is a name.
+    basic_path& replace_filename(basic_path const& name) { return replace_last(name); }
 
     /// Gives the last element the extension `ext`, with its dot or without; see
     /// `detail::replace_extension` for what is left as it is.
@@ -96,13 +196,47 @@ public:
         return joined;
     }
 
+    /// The same for a path: a tilde in `right` is a name.
+    template <class Path>
+    if_path<Path>& operator/=(Path const& right) {
+        if (!right.empty()) Traits::concatenate_pathname(text_, right.text_, false);
+        return *this;
+    }
+    template <class Path>
+    friend if_path<Path> operator/(basic_path const& left, Path const& right) {
+        basic_path joined(left);
+        joined /= right;
+        return joined;
+    }
+
+    // By UTF-16 units, and not by elements: "a.b" comes before "a/b".
     friend bool operator==(basic_path const& a, basic_path const& b) noexcept {
         return a.text_ == b.text_;
     }
     friend bool operator!=(basic_path const& a, basic_path const& b) noexcept { return !(a == b); }
-    /// By UTF-16 units.
     friend bool operator<(basic_path const& a, basic_path const& b) noexcept {
         return a.text_ < b.text_;
+    }
+    friend bool operator>(basic_path const& a, basic_path const& b) noexcept { return b < a; }
+    friend bool operator<=(basic_path const& a, basic_path const& b) noexcept { return !(b < a); }
+    friend bool operator>=(basic_path const& a, basic_path const& b) noexcept { return !(a < b); }
+
+    /// With a text exactly as given: no native form of it is made.
+    template <class Text>
+    friend if_text<Text> operator==(basic_path const& p, Text const& text) noexcept {
+        return p.text_ == std::basic_string_view<Internal>(text);
+    }
+    template <class Text>
+    friend if_text<Text> operator==(Text const& text, basic_path const& p) noexcept {
+        return p == text;
+    }
+    template <class Text>
+    friend if_text<Text> operator!=(basic_path const& p, Text const& text) noexcept {
+        return !(p == text);
+    }
+    template <class Text>
+    friend if_text<Text> operator!=(Text const& text, basic_path const& p) noexcept {
+        return !(p == text);
     }
 
     /// Writes the text in UTF-8.
@@ -119,8 +253,81 @@ private:
         return piece;
     }
 
+    template <class Name>
+    basic_path& replace_last(Name const& name) {
+        basic_path const root = root_path();
+        basic_path replaced = *this == root ? root : parent_path();
+        replaced /= name;
+        swap(replaced);
+        return *this;
+    }
+
     string_type text_;
     bool expand_tilde_ = true;
+};
+
+/// Gives the elements of a path as paths of their own, which live on without it.
+template <class Native, class Internal, class Traits>
+class basic_path<Native, Internal, Traits>::const_iterator {
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = basic_path;
+    using difference_type = std::ptrdiff_t;
+    using reference = basic_path;
+    /// Holds the element that `->` is applied to.
+    class pointer {
+    public:
+        basic_path const* operator->() const noexcept { return &element_; }
+
+    private:
+        friend const_iterator;
+        explicit pointer(basic_path&& element) : element_(std::move(element)) {}
+        basic_path element_;
+    };
+
+    const_iterator() = default;
+
+    reference operator*() const { return path_->part(string_type(element_)); }
+    pointer operator->() const { return pointer(**this); }
+
+    const_iterator& operator++() {
+        Traits::move_down(path_->text_, root_length(), position_, element_);
+        return *this;
+    }
+    const_iterator operator++(int) {
+        const_iterator before = *this;
+        ++*this;
+        return before;
+    }
+    const_iterator& operator--() {
+        Traits::move_up(path_->text_, root_length(), position_, element_);
+        return *this;
+    }
+    const_iterator operator--(int) {
+        const_iterator before = *this;
+        --*this;
+        return before;
+    }
+
+    friend bool operator==(const_iterator const& a, const_iterator const& b) noexcept {
+        return a.path_ == b.path_ && a.position_ == b.position_;
+    }
+    friend bool operator!=(const_iterator const& a, const_iterator const& b) noexcept {
+        return !(a == b);
+    }
+
+private:
+    friend basic_path;
+    const_iterator(basic_path const& path, std::size_t position)
+        : path_(&path), position_(position) {
+        if (position == 0) element_ = Traits::extract_first_element(path.text_, root_length());
+    }
+
+    std::size_t root_length() const { return Traits::get_root_path_length(path_->text_); }
+
+    basic_path const* path_ = nullptr;
+    std::size_t position_ = 0;
+    string_type element_;
 };
 
 using upath = basic_path<char, char16_t, detail::path_traits<char, char16_t>>;

@@ -19,6 +19,15 @@ KO_FILESYSTEM_API void remove(upath const& p);
 /// The same for text, brought into native form first: leading ~ expanded, // collapsed.
 KO_FILESYSTEM_API void remove(std::u16string const& p);
 
+/// Removes the file, link or empty directory `p`, if it is there, also when it vanishes meanwhile.
+/// Whether it was removed.
+///
+/// Throws the class of the error number for every failure but ENOENT, NotDirectoryError below a file
+/// and DirectoryNotEmpty among them; path(): `p`
+KO_FILESYSTEM_API bool remove_if_exists(upath const& p);
+/// The same for text, brought into native form first.
+KO_FILESYSTEM_API bool remove_if_exists(std::u16string const& p);
+
 /// Removes `p` as an empty directory when `type` is `file_status::directory_file`, else as
 /// `remove_file` does. What is there is not looked at first.
 ///

@@ -18,6 +18,25 @@ KO_FILESYSTEM_API bool exists(upath const& p);
 /// The same for text, brought into native form first: leading ~ expanded, // collapsed.
 KO_FILESYSTEM_API bool exists(std::u16string const& p);
 
+/// Whether a directory is at `p`, links followed (stat). False wherever `exists` is false.
+/// Throws as `exists`.
+KO_FILESYSTEM_API bool is_directory(upath const& p);
+/// The same for text, brought into native form first.
+KO_FILESYSTEM_API bool is_directory(std::u16string const& p);
+
+/// Whether a regular file is at `p`, links followed (stat). False wherever `exists` is false.
+/// Throws as `exists`.
+KO_FILESYSTEM_API bool is_regular_file(upath const& p);
+/// The same for text, brought into native form first.
+KO_FILESYSTEM_API bool is_regular_file(std::u16string const& p);
+
+/// Whether a symbolic link is at `p`, a dangling one too (lstat). False where nothing is, below a
+/// file too.
+/// Throws as `exists`.
+KO_FILESYSTEM_API bool is_symlink(upath const& p);
+/// The same for text, brought into native form first.
+KO_FILESYSTEM_API bool is_symlink(std::u16string const& p);
+
 /// What is at `p`, links followed (stat). Says `file_not_found` where nothing is, for an empty
 /// path, where the system says EINVAL, and for a path with U+0000 in it.
 ///

@@ -67,6 +67,8 @@ CALL(int, -1, unlink, SHOWN(unlink), (char const* path) noexcept, (path))
 CALL(int, -1, rmdir, SHOWN(rmdir), (char const* path) noexcept, (path))
 CALL(int, -1, chdir, SHOWN(chdir), (char const* path) noexcept, (path))
 CALL(int, -1, mkdir, SHOWN(mkdir), (char const* path, mode_t m) noexcept, (path, m))
+CALL(int, -1, truncate, SHOWN(truncate), (char const* path, off_t n) noexcept, (path, n))
+CALL(int, -1, truncate64, SHOWN(truncate), (char const* path, off64_t n) noexcept, (path, n))
 CALL(int, -1, chmod, SHOWN(chmod), (char const* path, mode_t m) noexcept, (path, m))
 CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, m))
 CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
@@ -86,6 +88,8 @@ CALL(int, -1, rename, SHOWN(rename) + ' ' + to, (char const* path, char const* t
      (path, to))
 CALL(int, -1, symlink, SHOWN(symlink) + ' ' + to, (char const* path, char const* to) noexcept,
      (path, to))
+CALL(int, -1, linkat, SHOWN(linkat) + ' ' + to,
+     (int d, char const* path, int e, char const* to, int f) noexcept, (d, path, e, to, f))
 CALL(::dirent*, nullptr, readdir, shown("readdir", d), (DIR * d), (d))
 CALL(::dirent64*, nullptr, readdir64, shown("readdir", d), (DIR * d), (d))
 CALL(DIR*, nullptr, fdopendir, "fdopendir", (int d), (d))

@@ -34,18 +34,20 @@ std::string valid(std::string const& bytes) { return to_filesystem(from_filesyst
 
 std::string shown(std::string const& text) { return kofs::shown(from_filesystem(text)); }
 
-/// Prints what a command was asked, and the member `name`, as one JSON object on one line.
-void print_json(arguments const& given, char const* name, json const& value) {
-    json operands = json::array();
-    for (std::string const& each : given.operands) operands.push_back(valid(each));
-    json const line = {{"command", given.command.empty() ? json() : json(given.command)},
-                       {"operands", operands},
-                       {name, value}};
-    // At once: who reads along, or sees the process killed, is to know what was done.
-    std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << '\n' << std::flush;
-}
-
 // Failures
+
+/// What went wrong, as the system or the library puts it, without the paths.
+std::string reason(fs::FsysExceptionBase const& error) {
+    auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
+    if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
+    constexpr std::pair<int, int> numbers[] = {
+        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
+        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
+    };
+    for (auto const& [kind, number] : numbers)
+        if (kind == error.kind()) return std::strerror(number);
+    return std::strerror(error.system_error_number());
+}
 
 /// Whether the library means `operand` by `path`. What Boost has refused comes back with the low
 /// bytes of its characters only.
@@ -89,7 +91,8 @@ void print_failure(arguments const& given, json const& error) {
     bool const misuse = error.value("class", "") == "usage";
     std::cerr << program << ": ";
     if (!misuse && !given.operands.empty()) std::cerr << place(given, error) << ": ";
-    std::cerr << shown(error["message"]) << (misuse ? "; see " + program + " --help" : "") << '\n';
+    std::cerr << shown(error.value("reason", error.value("message", "")))
+              << (misuse ? "; see " + program + " --help" : "") << '\n';
 }
 
 // Answers
@@ -119,7 +122,7 @@ void print_path(arguments const& given, std::string const& path) {
     if (given.has("print0"))
         std::cout << path << '\0';
     else
-        std::cout << (::isatty(STDOUT_FILENO) != 0 ? shown(path) : path) << '\n';
+        std::cout << printed(from_filesystem(path)) << '\n';
 }
 
 int print_answer(command const& chosen, arguments const& given, json const& answer) {
@@ -186,6 +189,16 @@ int run(command const& chosen, arguments const& given) {
     return status;
 }
 
+void print_json(arguments const& given, char const* name, json const& value) {
+    json operands = json::array();
+    for (std::string const& each : given.operands) operands.push_back(valid(each));
+    json const line = {{"command", given.command.empty() ? json() : json(given.command)},
+                       {"operands", operands},
+                       {name, value}};
+    // At once: who reads along, or sees the process killed, is to know what was done.
+    std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << '\n' << std::flush;
+}
+
 int report_failure(arguments const& given, std::exception const& error) {
     json const described = json_of(error);
     if (given.json)
@@ -193,18 +206,6 @@ int report_failure(arguments const& given, std::exception const& error) {
     else
         print_failure(given, described);
     return described["class"] == "usage" ? wrong_usage : EXIT_FAILURE;
-}
-
-std::string describe(fs::FsysExceptionBase const& error) {
-    auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
-    if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
-    constexpr std::pair<int, int> numbers[] = {
-        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
-        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
-    };
-    for (auto const& [kind, number] : numbers)
-        if (kind == error.kind()) return std::strerror(number);
-    return std::strerror(error.system_error_number());
 }
 
 json json_of(std::exception const& error) {
@@ -220,7 +221,8 @@ json json_of(std::exception const& error) {
     return {{"class", id.substr(id.rfind(':') + 1)},
             {"id", id},
             {"what", what},
-            {"message", describe(*failure)},
+            {"message", fs::describe(*failure)},
+            {"reason", reason(*failure)},
             {"path", to_filesystem(failure->path())},
             {"arguments", list},
             {"number", failure->system_error_number()}};
@@ -256,6 +258,10 @@ std::string shown(std::u16string const& text) {
         hides ? printable.append(escape, escape + 6) : printable.append(1, unit);
     }
     return to_filesystem(printable);
+}
+
+std::string printed(std::u16string const& text) {
+    return ::isatty(STDOUT_FILENO) != 0 ? shown(text) : to_filesystem(text);
 }
 
 std::u16string handed_on(arguments const& given, std::u16string const& operand) {

@@ -17,8 +17,8 @@ int run(command const& chosen, arguments const& given);
 /// Reports a failure of any kind; gives 2 when it is wrong usage, else 1.
 int report_failure(arguments const& given, std::exception const& error);
 
-/// What went wrong, as the system or the library puts it: one line of UTF-8, without the path.
-std::string describe(ko::filesystem::FsysExceptionBase const& error);
+/// Prints what a command was asked, and the member `name`, as one JSON object on one line.
+void print_json(arguments const& given, char const* name, json const& value);
 
 json json_of(std::exception const& error);
 
@@ -27,6 +27,9 @@ void print_rows(std::ostream& out, json const& object);
 
 /// `text` in UTF-8, with control characters, line ends and bidirectional marks escaped.
 std::string shown(std::u16string const& text);
+
+/// `text` in UTF-8 for standard output: escaped on a terminal only.
+std::string printed(std::u16string const& text);
 
 /// What `operand` is to the library: a tilde is part of a name, unless its expansion is asked for.
 std::u16string handed_on(arguments const& given, std::u16string const& operand);

@@ -3,10 +3,13 @@
 #include <cstddef>
 #include <string_view>
 
+#include <boost/filesystem/path.hpp>
+
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
 
 namespace ko::filesystem::detail {
 
@@ -55,6 +58,17 @@ std::u16string& replace_extension(std::u16string& p, std::u16string const& ext) 
     p.replace(has_extension ? kept + 1 : kept, p.npos, ext);
     if (!has_extension) p.insert(kept, 1, traits::DOT_CHARACTER);
     return p;
+}
+
+std::u16string lexically_normal(std::u16string const& p) {
+    boost::filesystem::path const p8(to_filesystem(p));
+    return make_native_form(from_filesystem_strict(p8.lexically_normal().native()),
+                            /*expand_tilde=*/false);
+}
+
+std::u16string lexically_relative(std::u16string const& p, std::u16string const& base) {
+    boost::filesystem::path const p8(to_filesystem(p)), base8(to_filesystem(base));
+    return from_filesystem_strict(p8.lexically_relative(base8).native());
 }
 
 }  // namespace ko::filesystem::detail

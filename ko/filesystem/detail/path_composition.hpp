@@ -45,4 +45,24 @@ KO_FILESYSTEM_API std::u16string& remove_filename(std::u16string& p);
 /// dots, is a dot alone, or holds a slash; not where `p` stays as it is anyway.
 KO_FILESYSTEM_API std::u16string& replace_extension(std::u16string& p, std::u16string const& ext);
 
+/// The native form of `p` without "." and "..", a tilde being a name: each ".." takes the name
+/// before it away, whatever that leads to. What is left of nothing is ".". A "." at the very end
+/// stays behind a name, and ".." stays where there is no name to take away, also below the root.
+///
+/// Boost.Filesystem's lexically_normal, by way of UTF-8: an unpaired surrogate becomes U+FFFD, and
+/// the result is empty where `to_filesystem` gives nothing. `weakly_canonical` uses it.
+///
+/// lexically_normal(u"a/./b/../c");  // "a/c"
+KO_FILESYSTEM_API std::u16string lexically_normal(std::u16string const& p);
+
+/// How to reach `p` from `base`, element by element; "." and ".." in them count as names are
+/// counted, so that both are made normal first where they hold any. "." for equal ones. Empty when
+/// only one is absolute, or `base` leads up through "..".
+///
+/// Boost.Filesystem's lexically_relative, by way of UTF-8 as above. `relative` uses it.
+///
+/// lexically_relative(u"/a/b/c", u"/a/d");  // "../b/c"
+KO_FILESYSTEM_API std::u16string lexically_relative(std::u16string const& p,
+                                                    std::u16string const& base);
+
 }  // namespace ko::filesystem::detail

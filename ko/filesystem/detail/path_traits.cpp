@@ -53,6 +53,26 @@ std::u16string units::extract_stem(std::u16string const& p) { return detail::ext
 std::u16string units::extract_extension(std::u16string const& p) {
     return detail::extract_extension(p);
 }
+std::size_t units::get_root_path_length(std::u16string const& p) {
+    return detail::get_root_path_length(p);
+}
+std::u16string units::extract_first_element(std::u16string const& p, std::size_t n) {
+    return detail::extract_first_element(p, n);
+}
+void units::move_down(std::u16string const& p, std::size_t root_length, std::size_t& position,
+                      std::u16string& element) {
+    detail::move_down(p, root_length, position, element);
+}
+void units::move_up(std::u16string const& p, std::size_t root_length, std::size_t& position,
+                    std::u16string& element) {
+    detail::move_up(p, root_length, position, element);
+}
+std::u16string units::lexically_normal(std::u16string const& p) {
+    return detail::lexically_normal(p);
+}
+std::u16string units::lexically_relative(std::u16string const& p, std::u16string const& base) {
+    return detail::lexically_relative(p, base);
+}
 
 std::string mixed::to_native(std::u16string const& text) { return to_filesystem(text); }
 

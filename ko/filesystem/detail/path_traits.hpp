@@ -42,6 +42,14 @@ struct KO_FILESYSTEM_API path_traits<char16_t, char16_t> {
     static std::u16string extract_filename(std::u16string const& p);
     static std::u16string extract_stem(std::u16string const& p);
     static std::u16string extract_extension(std::u16string const& p);
+    static std::size_t get_root_path_length(std::u16string const& p);
+    static std::u16string extract_first_element(std::u16string const& p, std::size_t n);
+    static void move_down(std::u16string const& p, std::size_t root_length, std::size_t& position,
+                          std::u16string& element);
+    static void move_up(std::u16string const& p, std::size_t root_length, std::size_t& position,
+                        std::u16string& element);
+    static std::u16string lexically_normal(std::u16string const& p);
+    static std::u16string lexically_relative(std::u16string const& p, std::u16string const& base);
 };
 
 /// On UTF-16 text for a UTF-8 file system: what `upath` is built on.

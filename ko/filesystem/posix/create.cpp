@@ -49,6 +49,30 @@ void create_directories_impl(std::u16string const& native) {
     if (error != 0) detail::throw_errno_exception(error, path8, {});
 }
 
+bool is_directory(char const* path8) noexcept {
+    struct stat found;
+    return ::stat(path8, &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+bool ensure_directories_impl(std::u16string const& native) {
+    detail::reject_empty_path(native);
+    std::string path8 = detail::system_path(native).string();
+    // Mostly it is there, or its parent is.
+    if (is_directory(path8.c_str())) return false;
+    if (make_directory(path8.c_str()) == 0) return true;
+    for (std::size_t end = path8.find('/', 1); end != path8.npos; end = path8.find('/', end + 1)) {
+        path8[end] = '\0';  // the prefix, in place
+        int const error = make_directory(path8.c_str());
+        // A directory may be reported in other ways than by EEXIST, as EROFS or EACCES.
+        if (error != 0 && error != EEXIST && !is_directory(path8.c_str()))
+            detail::throw_errno_exception(error, path8.c_str(), {});
+        path8[end] = '/';
+    }
+    int const error = make_directory(path8.c_str());
+    if (error != 0 && !is_directory(path8.c_str())) detail::throw_errno_exception(error, path8, {});
+    return error == 0;
+}
+
 }  // namespace
 
 void create_directory(upath const& p) { create_directory_impl(native_text(p)); }
@@ -56,6 +80,16 @@ void create_directory(std::u16string const& p) { create_directory_impl(native_te
 
 void create_directories(upath const& p) { create_directories_impl(native_text(p)); }
 void create_directories(std::u16string const& p) { create_directories_impl(native_text(p)); }
+
+bool ensure_directories(upath const& p) { return ensure_directories_impl(native_text(p)); }
+bool ensure_directories(std::u16string const& p) { return ensure_directories_impl(native_text(p)); }
+
+void create_hard_link(upath const& existing, upath const& link) {
+    detail::make_hard_link(native_text(existing), native_text(link));
+}
+void create_hard_link(std::u16string const& existing, std::u16string const& link) {
+    detail::make_hard_link(native_text(existing), native_text(link));
+}
 
 void create_symlink(upath const& target, upath const& link, unsigned int type) {
     detail::make_link(native_text(target), native_text(link), type);

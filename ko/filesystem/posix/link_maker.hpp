@@ -8,4 +8,8 @@ namespace ko::filesystem::detail {
 /// `create_symlink` for `type` and what is thrown.
 void make_link(std::u16string const& target, std::u16string const& link, unsigned int type);
 
+/// Makes the hard link `link` to `existing`, both exactly as given. See `create_hard_link` for what
+/// is thrown.
+void make_hard_link(std::u16string const& existing, std::u16string const& link);
+
 }  // namespace ko::filesystem::detail

@@ -116,6 +116,16 @@ void remove_impl(std::u16string const& native) {
     remove_by(is_directory(path8.c_str()) ? &::rmdir : &::unlink, path8.c_str());
 }
 
+bool remove_if_exists_impl(std::u16string const& native) {
+    if (native.empty()) return false;
+    detail::system_path const path8(native);
+    struct stat found;
+    bool const gone = ::lstat(path8.c_str(), &found) == 0 &&
+                      (S_ISDIR(found.st_mode) ? ::rmdir : ::unlink)(path8.c_str()) == 0;
+    if (!gone && errno != ENOENT) throw_errno_exception(errno, path8.c_str(), {});
+    return gone;
+}
+
 void remove_file_impl(std::u16string const& native) {
     if (!native.empty()) unlink_path(detail::system_path(native).c_str());
 }
@@ -144,6 +154,9 @@ void remove_impl(std::u16string const& native, unsigned int type) {
 
 void remove(upath const& p) { remove_impl(native_text(p)); }
 void remove(std::u16string const& p) { remove_impl(native_text(p)); }
+
+bool remove_if_exists(upath const& p) { return remove_if_exists_impl(native_text(p)); }
+bool remove_if_exists(std::u16string const& p) { return remove_if_exists_impl(native_text(p)); }
 
 void remove(upath const& p, unsigned int type) { remove_impl(native_text(p), type); }
 void remove(std::u16string const& p, unsigned int type) { remove_impl(native_text(p), type); }

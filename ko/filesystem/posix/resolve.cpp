@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <string>
 
-#include <boost/filesystem/path.hpp>
-
 #include <ko/filesystem/detail/current_directory.hpp>
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
@@ -64,10 +62,6 @@ std::u16string canonical_impl(std::u16string const& p, std::u16string const& bas
     return real_path(absolute_text(p8.string(), base8.string(), current_path8).c_str());
 }
 
-std::u16string from_boost(boost::filesystem::path const& path) {
-    return detail::from_filesystem_strict(path.native());
-}
-
 /// Where a walk over a path's elements stands.
 struct cursor {
     explicit cursor(std::u16string const& p)
@@ -116,8 +110,7 @@ std::u16string weakly_canonical_impl(std::u16string const& p) {
             detail::concatenate_pathname(result, walk.element, /*expand_tilde=*/true);
     }
     if (!has_dots) return result;
-    boost::filesystem::path const tail8(detail::to_filesystem(result));
-    return detail::make_native_form(from_boost(tail8.lexically_normal()), /*expand_tilde=*/true);
+    return detail::make_native_form(detail::lexically_normal(result), /*expand_tilde=*/true);
 }
 
 }  // namespace
@@ -150,9 +143,8 @@ upath relative(upath const& p, upath const& base) {
     return upath(relative(p.native(), base.native()));
 }
 std::u16string relative(std::u16string const& p, std::u16string const& base) {
-    boost::filesystem::path const p8(detail::to_filesystem(weakly_canonical(p)));
-    boost::filesystem::path const base8(detail::to_filesystem(weakly_canonical(base)));
-    return from_boost(p8.lexically_relative(base8));
+    std::u16string const resolved = weakly_canonical(p);
+    return detail::lexically_relative(resolved, weakly_canonical(base));
 }
 
 }  // namespace ko::filesystem

@@ -36,10 +36,32 @@ file_status status_impl(Path const& p, detail::stat_function stat_or_lstat) {
     return result;
 }
 
+template <class Path>
+bool has_type(Path const& p, detail::stat_function stat_or_lstat, mode_t type) try {
+    native_text const native(p);
+    if (native.empty()) return false;
+    detail::system_path const path8(native);
+    struct stat found;
+    if (stat_or_lstat(path8.c_str(), &found) == 0) return (found.st_mode & S_IFMT) == type;
+    if (detail::means_absent(errno)) return false;
+    detail::throw_errno_exception(errno, path8.c_str(), {});
+} catch (InvalidArgument const&) {
+    return false;  // U+0000 or EINVAL, as for `exists`
+}
+
 }  // namespace
 
 bool exists(upath const& p) { return detail::exists_as_it_stands(native_text(p)); }
 bool exists(std::u16string const& p) { return detail::exists_as_it_stands(native_text(p)); }
+
+bool is_directory(upath const& p) { return has_type(p, &::stat, S_IFDIR); }
+bool is_directory(std::u16string const& p) { return has_type(p, &::stat, S_IFDIR); }
+
+bool is_regular_file(upath const& p) { return has_type(p, &::stat, S_IFREG); }
+bool is_regular_file(std::u16string const& p) { return has_type(p, &::stat, S_IFREG); }
+
+bool is_symlink(upath const& p) { return has_type(p, &::lstat, S_IFLNK); }
+bool is_symlink(std::u16string const& p) { return has_type(p, &::lstat, S_IFLNK); }
 
 file_status status(upath const& p) { return status_impl(p, &::stat); }
 file_status status(std::u16string const& p) { return status_impl(p, &::stat); }

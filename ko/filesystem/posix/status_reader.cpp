@@ -14,27 +14,7 @@
 
 namespace ko::filesystem::detail {
 
-namespace {
-
 using boost::posix_time::ptime;
-
-bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }
-
-ptime to_ptime(timespec const& time) {
-    // A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
-    constexpr std::int64_t epoch = 2440588LL * 86400 * 1'000'000;
-    // What lies above stands for not_a_date_time and infinity.
-    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
-    std::int64_t count = 0;
-    bool const overflow =
-        __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
-        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
-    if (overflow || count > last)
-        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
-    return ptime(ptime::time_rep_type(count));
-}
-
-}  // namespace
 
 #ifdef __APPLE__
 timespec const& access_time(struct stat const& found) noexcept { return found.st_atimespec; }
@@ -45,6 +25,19 @@ timespec const& access_time(struct stat const& found) noexcept { return found.st
 timespec const& write_time(struct stat const& found) noexcept { return found.st_mtim; }
 timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctim; }
 #endif
+
+ptime to_ptime(timespec const& time) {
+    constexpr std::int64_t epoch = julian_seconds_of_epoch * 1'000'000;
+    // What lies above stands for not_a_date_time and infinity.
+    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
+    std::int64_t count = 0;
+    bool const overflow =
+        __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
+        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
+    if (overflow || count > last)
+        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
+    return ptime(ptime::time_rep_type(count));
+}
 
 std::uint32_t translated_type(mode_t mode) noexcept {
     switch (mode & S_IFMT) {
@@ -58,6 +51,8 @@ std::uint32_t translated_type(mode_t mode) noexcept {
         default: return file_status::file_type_unknown;
     }
 }
+
+bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }
 
 bool exists_by_stat(char const* path8) {
     struct stat found;

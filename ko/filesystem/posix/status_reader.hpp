@@ -7,11 +7,15 @@
 #include <optional>
 #include <string>
 
+#include <boost/date_time/posix_time/ptime.hpp>
 #include <boost/function.hpp>
 
 #include <ko/filesystem/file_status.hpp>
 
 namespace ko::filesystem::detail {
+
+/// Whether `error` of stat says that nothing is there.
+bool means_absent(int error) noexcept;
 
 /// Whether stat finds something at `path8`; ENOENT and ENOTDIR mean that it does not.
 /// Throws the class of every other error number; path(): `path8`
@@ -25,6 +29,12 @@ bool exists_as_it_stands(std::u16string const& native);
 timespec const& access_time(struct stat const& found) noexcept;
 timespec const& write_time(struct stat const& found) noexcept;
 timespec const& status_change_time(struct stat const& found) noexcept;
+
+/// A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
+constexpr std::int64_t julian_seconds_of_epoch = 2440588LL * 86400;
+
+/// `time` as `file_status` has it.
+boost::posix_time::ptime to_ptime(timespec const& time);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;
