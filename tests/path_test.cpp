@@ -120,6 +120,24 @@ TEST_F(Path, IsTheSameInTheStandardLibrary) {
     TELLS(upath::from_std("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
 }
 
+/// What is both, and was a path in comparisons and a text in joins from the first version on.
+struct path_and_text {
+    operator upath() const { return upath(u"path"); }
+    operator std::u16string() const { return u"text"; }
+};
+
+TEST_F(Path, IsTakenForNoTextNorATextForIt) {
+    upath p(u"a");
+    EXPECT_TRUE(p / path_and_text() == u"a/text" && upath(u"path") == path_and_text());
+    p /= {u'b', u'c'};
+    EXPECT_TRUE(p == u"a/bc" && upath::from_utf8({"abc", 1}) == u"a");
+    auto const both_paths = [](auto... a) -> decltype(rename(a...), create_hard_link(a...)) {};
+    static_assert(std::is_invocable_v<decltype(both_paths), upath, upath>);
+    static_assert(std::is_invocable_v<decltype(both_paths), char16_t const*, std::u16string>);
+    static_assert(!std::is_invocable_v<decltype(both_paths), upath, char16_t const*>);
+    static_assert(!std::is_convertible_v<upath, std::string> && !std::is_convertible_v<int, upath>);
+}
+
 TEST_F(Path, IsComparedHashedAndPrintedByItsText) {
     upath const expanding(u"/\u00E9"), literal(u"/\u00E9", false), other(u"/\u6F22");
     EXPECT_TRUE(expanding == literal && !(expanding != literal) && !(expanding < literal));

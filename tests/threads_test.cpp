@@ -42,6 +42,17 @@ TEST_F(Threads, ThatChangeTheWorkingDirectoryAndReadIt) {
     EXPECT_EQ(strangers, 0);
 }
 
+TEST_F(Threads, ThatMakeAndRemoveTheSameDirectories) {
+    std::atomic<int> made{0}, removed{0};
+    for (int round = 0; round < 50; ++round) {
+        on_threads(4, [&](int) { made += ensure_directories(u"a/b/c/d") ? 1 : 0; });
+        on_threads(4, [&](int) { removed += remove_if_exists(u"a/b/c/d") ? 1 : 0; });
+        remove_all(u"a");
+    }
+    EXPECT_EQ(made, 50);
+    EXPECT_EQ(removed, 50);
+}
+
 TEST_F(Threads, ThatCopyAndRemoveTheSameTree) {
     constexpr auto options = copy_option::recursive | copy_option::overwrite_if_exists;
     std::u16string const tree = scratch.directory(u"tree"), target = scratch / u"target";
