@@ -5,7 +5,9 @@
     scripts/doc_examples.py --links   checks that links between the pages lead somewhere
 
 A block marked ```cpp is a whole program and becomes NAME_program_N.cpp. The blocks of a page marked
-```cpp fragment become functions of one file, NAME_fragments.cpp.
+```cpp fragment become functions of one file, NAME_fragments.cpp. So do the rows of a table that follows
+<!-- compiled after: CODE -->: CODE, then each piece of code in the second column, which is a statement
+or the name of a type.
 """
 import pathlib
 import re
@@ -15,10 +17,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md", *sorted(ROOT.glob("docs/*.md"))]
 PROLOGUE = """\
 #include <cerrno>
+#include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <string>
 #include <unordered_set>
 
+#include <boost/date_time/posix_time/posix_time.hpp>
 #include <boost/exception_ptr.hpp>
 
 #include <ko/filesystem.hpp>
@@ -41,6 +46,23 @@ def blocks(page):
         sys.exit(f"{page.relative_to(ROOT)}:{start - 1}: a block without an end")
 
 
+def rows(page):
+    """The rows of the compiled tables of `page`: their line's number, a function's body."""
+    before = None
+    for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
+        if marked := re.fullmatch(r"<!-- compiled after: (.*) -->", line):
+            before = marked[1]
+        elif line and not line.startswith("|"):
+            before = None
+        elif before is not None and len(cells := re.split(r"(?<!\\)\|", line)) > 2:
+            body = before
+            for code in re.findall(r"`([^`]+)`", cells[2].replace("\\|", "|")):
+                is_type = re.fullmatch(r"(fs|boost)(::\w+)?::\w+", code) and "option::" not in code
+                body += f" {{ using type = {code}; }}" if is_type else f" {{ {code}; }}"
+            if body != before:
+                yield number, body + "\n"
+
+
 def examples(page):
     """The files for the blocks of `page`, by name."""
     stem, name, files, fragments = page.stem.lower(), page.relative_to(ROOT), {}, ""
@@ -51,6 +73,8 @@ def examples(page):
             fragments += f'\nvoid {stem}_line_{line}() {{\n#line {line} "{name}"\n{text}}}\n'
         else:
             sys.exit(f"{name}:{line - 1}: neither a program nor a fragment: {mark}")
+    for line, text in rows(page):
+        fragments += f'\nvoid {stem}_line_{line}() {{\n#line {line} "{name}"\n{text}}}\n'
     if fragments:
         files[f"{stem}_fragments.cpp"] = PROLOGUE + fragments
     return files
