@@ -94,6 +94,22 @@ void add_queries(std::string const& name, std::u16string const& text, bool there
     add_bare(access, bare_access);
 }
 
+/// One attribute of what is at `text`, by each library.
+template <class Ko, class Std, class Boost>
+void add_attribute(std::string const& name, std::u16string const& text, bool answer_is_right, Ko ko,
+                   Std by_std, Boost by_boost) {
+    std::string const path8 = fs::upath(text).string();
+    job(name, answer_is_right)
+        .target(1.05)
+        .ko([=] { return ko(text); })
+        .std([=] { return by_std(std_fs::path(text)); })
+        .boost([=] { return by_boost(boost_path(text)); })
+        .limit([=] {
+            struct stat found;
+            return ::stat(path8.c_str(), &found);
+        });
+}
+
 }  // namespace
 
 void add_status_jobs(std::u16string const& scratch) {
@@ -104,6 +120,23 @@ void add_status_jobs(std::u16string const& scratch) {
     add_queries("52 ASCII", ascii, true);
     add_queries("30 CJK", han, true);
     add_queries("missing", scratch + u"/missing/but/with/a/name/of/some/length", false);
+
+    add_attribute(
+        "file_size, 52 ASCII", ascii, fs::file_size(ascii) == 1,
+        [](auto const& p) { return fs::file_size(p); },
+        [](auto const& p) { return std_fs::file_size(p); },
+        [](auto const& p) { return boost_fs::file_size(p); });
+    add_attribute(
+        "hard_link_count, 52 ASCII", ascii, fs::hard_link_count(ascii) == 1,
+        [](auto const& p) { return fs::hard_link_count(p); },
+        [](auto const& p) { return std_fs::hard_link_count(p); },
+        [](auto const& p) { return boost_fs::hard_link_count(p); });
+    add_attribute(
+        "last_write_time, 52 ASCII", ascii,
+        fs::last_write_time(ascii) == fs::status(ascii).last_write_time,
+        [](auto const& p) { return fs::last_write_time(p); },
+        [](auto const& p) { return std_fs::last_write_time(p); },
+        [](auto const& p) { return boost_fs::last_write_time(p); });
 
     std::u16string const below = ascii + u"/x";
     std::string const below8 = fs::upath(below).string();
