@@ -64,23 +64,13 @@ TEST(Exceptions, InvalidArgumentShowsMessageAndEscapedPath) {
     std::locale::global(before);
 }
 
-struct foreign_error : FsysExceptionBase {
-    foreign_error() : FsysExceptionBase("foreign\nerror", 99, u"p", {u"", u"q"}, 0) {}
-};
-
 TEST(Exceptions, AreDescribedInOneLine) {
     std::u16string const bad = u"\n\x7F\x85\u2028\u202E" + std::u16string(1, char16_t{0xD83D});
     std::string const bad8 = R"(\u000A\u007F\u0085\u2028\u202E\uD83D)";
-    EXPECT_EQ(describe(PathNotFound(u"/a/\u6F22 \xD83D\xDE00")),
-              "cannot find /a/\u6F22 \U0001F600");
-    EXPECT_EQ(describe(PathNotFound({})), "cannot find the path");
-    EXPECT_EQ(describe(FileExistsError(u"")), "already exists");
-    EXPECT_EQ(describe(AccessDenied(bad)), "permission denied: " + bad8);
-    EXPECT_EQ(describe(InvalidArgument("a\r\xFF", u"p", {})), "a\\u000D\uFFFD: p");
-    EXPECT_EQ(describe(InvalidArgument("", u"p", {bad + u"x"})),
-              "invalid argument: p, " + bad8 + "x");
+    EXPECT_EQ(describe(PathNotFound(u"\u6F22 \xD83D\xDE00")), "cannot find \u6F22 \U0001F600");
+    EXPECT_EQ(describe(InvalidArgument("a\r\xFF", bad, {})), "a\\u000D\uFFFD: " + bad8);
+    EXPECT_EQ(describe(InvalidArgument("", u"p", {bad})), "invalid argument: p, " + bad8);
     EXPECT_EQ(describe(SystemError(u"p", {u""}, ELOOP)), std::strerror(ELOOP) + std::string(": p"));
-    EXPECT_EQ(describe(foreign_error()), "foreign\\u000Aerror: p, q");
 }
 
 TEST(Exceptions, AreCapturedWithTheirClass) {

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -45,7 +42,6 @@ TEST_F(Path, IsJoinedWithText) {
     TELLS(upath(u"a") / name / upath(), "a/~");
     TELLS(name.with_expand_tilde(true) / u"x", "~/x");
     TELLS(upath(u"a") / upath(u"/b"), refused);
-    TELLS(upath(u"/a").replace_filename(u"x//y"), "/x/y");
     TELLS(upath(u"/").replace_filename(u"x"), "/x");
     TELLS(upath(u"a/b").replace_filename(name), "a/~");
     upath kept(u"a/b");
@@ -63,61 +59,39 @@ TEST_F(Path, HasPartsThatStayAsTheyAre) {
     TELLS(upath(p).remove_filename(), "/d/~root");
     TELLS(upath(p).replace_extension(u"md").filename(), "a.md");
     EXPECT_TRUE(p.is_absolute() && p.relative_path().is_relative());
-    for (char16_t const* const text : {u"", u"/", u"/a", u"a.b", u".b", u"a."}) {
-        upath const q(text);
-        EXPECT_EQ(q.has_root_path(), !q.root_path().empty()) << q;
-        EXPECT_EQ(q.has_relative_path(), !q.relative_path().empty()) << q;
-        EXPECT_EQ(q.has_parent_path(), !q.parent_path().empty()) << q;
-        EXPECT_EQ(q.has_filename(), !q.filename().empty()) << q;
-        EXPECT_EQ(q.has_stem() && q.has_extension(), text == std::u16string(u"a.b")) << q;
-    }
+    EXPECT_TRUE(p.has_root_path() && p.has_relative_path() && p.has_parent_path());
+    EXPECT_TRUE(p.has_filename() && p.has_stem() && p.has_extension());
+    EXPECT_FALSE(upath(u"a").has_parent_path() || upath(u"/").has_relative_path());
+    EXPECT_FALSE(upath(u".bashrc").has_stem() || upath().has_filename());
 }
 
 TEST_F(Path, IsASequenceOfItsElements) {
     for (auto const& [text, elements] : {std::pair("", ""),
                                          {"/", "[/]"},
-                                         {"~", "[~]"},
                                          {"/a/~x/b.c", "[/][a][~x][b.c]"},
                                          {"a/../\u6F22", "[a][..][\u6F22]"}}) {
         auto const p = upath::from_utf8(text, false);
         std::string forward, backward;
         for (upath const& element : p) forward += '[' + element.string() + ']';
-        for (auto i = std::make_reverse_iterator(p.end()); i.base() != p.begin(); ++i)
-            backward.insert(0, '[' + (*i).string() + ']');
+        for (auto i = p.end(); i != p.begin();) backward.insert(0, '[' + (--i)->string() + ']');
         EXPECT_EQ(forward, elements);
         EXPECT_EQ(backward, elements);
     }
-    upath const p(u"/a");
-    auto i = p.begin();
-    EXPECT_TRUE(*i++ == u"/" && i->native() == u"a" && ++i == p.end() && *--i == u"a");
 }
 
 TEST_F(Path, IsMadeNormalAndRelativeAsText) {
-    for (auto const& [text, normal] : {std::pair(u"", ""),
-                                       {u"/", "/"},
-                                       {u"a/./b/../c", "a/c"},
-                                       {u"a/..", "."},
-                                       {u"a/.", "a/."},
-                                       {u"../a/../..", "../.."},
-                                       {u"/../a", "/../a"},
-                                       {u"x/../~/\u6F22", "~/\u6F22"}})
-        TELLS(upath(text).lexically_normal(), normal);
-    for (auto const& [p, base, way] : {std::tuple(u"/a/b/c", u"/a/d", "../b/c"),
-                                       {u"/a", u"/a", "."},
-                                       {u"a/~", u"a", "~"},
-                                       {u"a", u"/a", ""},
-                                       {u"a", u"..", ""}}) {
-        TELLS(upath(p).lexically_relative(upath(base)), way);
-        TELLS(upath(p).lexically_proximate(upath(base)), *way == 0 ? upath(p).string() : way);
-    }
+    EXPECT_EQ(upath(u"a/./b/../c").lexically_normal(), u"a/c");
+    EXPECT_EQ(upath(u"/../a/.").lexically_normal(), u"/../a/.");
+    EXPECT_EQ(upath(u"x/../~/\u6F22").lexically_normal(), u"~/\u6F22");
+    EXPECT_EQ(upath(u"/a/b/c").lexically_relative(upath(u"/a/d")), u"../b/c");
+    EXPECT_EQ(upath(u"/a").lexically_proximate(upath(u"/a")), u".");
+    EXPECT_EQ(upath(u"a").lexically_proximate(upath(u"..")), u"a");
 }
 
 TEST_F(Path, IsTheSameInTheStandardLibrary) {
     auto const literal = upath::from_std("~/\u6F22//x");
-    TELLS(literal, "~/\u6F22/x");
-    EXPECT_EQ(literal.to_std(), std::filesystem::path("~/\u6F22/x"));
-    EXPECT_TRUE(!literal.expand_tilde() && upath::from_std("x", true).expand_tilde());
-    TELLS(upath::from_std("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
+    EXPECT_EQ(literal, u"~/\u6F22/x");
+    EXPECT_TRUE(literal.to_std() == "~/\u6F22/x" && !literal.expand_tilde());
 }
 
 /// What is both, and was a path in comparisons and a text in joins from the first version on.
@@ -129,12 +103,10 @@ struct path_and_text {
 TEST_F(Path, IsTakenForNoTextNorATextForIt) {
     upath p(u"a");
     EXPECT_TRUE(p / path_and_text() == u"a/text" && upath(u"path") == path_and_text());
-    p /= {u'b', u'c'};
-    EXPECT_TRUE(p == u"a/bc" && upath::from_utf8({"abc", 1}) == u"a");
-    auto const both_paths = [](auto... a) -> decltype(rename(a...), create_hard_link(a...)) {};
-    static_assert(std::is_invocable_v<decltype(both_paths), upath, upath>);
-    static_assert(std::is_invocable_v<decltype(both_paths), char16_t const*, std::u16string>);
-    static_assert(!std::is_invocable_v<decltype(both_paths), upath, char16_t const*>);
+    EXPECT_TRUE((p /= {u'b', u'c'}) == u"a/bc" && upath::from_utf8({"abc", 1}) == u"a");
+    auto const both = [](auto... a) -> decltype(rename(a...), create_hard_link(a...)) {};
+    static_assert(std::is_invocable_v<decltype(both), upath, upath>);
+    static_assert(!std::is_invocable_v<decltype(both), upath, char16_t const*>);
     static_assert(!std::is_convertible_v<upath, std::string> && !std::is_convertible_v<int, upath>);
 }
 
@@ -144,9 +116,6 @@ TEST_F(Path, IsComparedHashedAndPrintedByItsText) {
     EXPECT_TRUE(expanding != other && expanding < other && !(other < expanding));
     EXPECT_TRUE(other > expanding && other >= expanding && literal <= expanding);
     EXPECT_TRUE(other == u"/\u6F22" && u"/" != other && other != std::u16string_view(u"/\u6F22/"));
-    upath a(u"a", false), b(u"b");
-    swap(a, b);
-    EXPECT_TRUE(a == u"b" && b == u"a" && a.expand_tilde() && !b.expand_tilde());
     EXPECT_EQ(std::hash<upath>()(expanding), std::hash<upath>()(literal));
     EXPECT_EQ(std::hash<upath>()(other), std::hash<std::u16string>()(u"/\u6F22"));
     std::ostringstream out;
