@@ -15,6 +15,7 @@
 #include <ko/filesystem/detail/path_decomposition.hpp>
 #include <ko/filesystem/detail/path_expansion.hpp>
 #include <ko/filesystem/detail/path_traits.hpp>
+#include <ko/filesystem/directory.hpp>
 #include <ko/filesystem/equivalent.hpp>
 #include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/exceptions/describe.hpp>

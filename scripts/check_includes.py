@@ -21,9 +21,9 @@ FLOORS = [
     {"detail/path_composition"},
     {"detail/path_traits"},
     {"path"},
-    {"access", "attributes", "copy", "create", "current_path", "equivalent", "other_platforms", "read_symlink",
-     "remove", "rename", "space", "status", "std_path", "posix/boost_error", "posix/device_move",
-     "posix/fault_path",
+    {"access", "attributes", "copy", "create", "current_path", "directory", "equivalent", "other_platforms",
+     "read_symlink", "remove", "rename", "space", "status", "std_path", "posix/boost_error", "posix/device_move",
+     "posix/directory_stream", "posix/fault_path",
      "posix/link_maker", "posix/link_reader", "posix/native_text", "posix/status_reader"},
     {"resolve"},
 ]

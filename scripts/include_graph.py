@@ -24,7 +24,7 @@ LAYERS = [
     ("path text", "parts, joining, native form, upath",
      r"detail/path_(algorithms|composition|decomposition|expansion|traits)|path|std_path"),
     ("operations", "what asks the system, and the error mapping",
-     r"detail/(error_mapping|current_directory)|posix/\w+|access|attributes|copy|create|current_path|"
+     r"detail/(error_mapping|current_directory)|posix/\w+|access|attributes|copy|create|current_path|directory|"
      r"equivalent|other_platforms|read_symlink|remove|rename|resolve|space|status"),
     ("public header", "includes every header that callers see", r"\.\./filesystem"),
 ]

@@ -33,6 +33,35 @@ constexpr copy_option& operator|=(copy_option& a, copy_option b) noexcept { retu
 constexpr copy_option& operator&=(copy_option& a, copy_option b) noexcept { return a = a & b; }
 constexpr copy_option& operator^=(copy_option& a, copy_option b) noexcept { return a = a ^ b; }
 
+/// How a directory is listed; combined with |.
+enum class directory_option : unsigned int {
+    none = 0,
+    follow_directory_symlinks = 1,  ///< enter a link to a directory as well
+    skip_permission_denied = 2,     ///< a directory that may not be opened (EACCES) counts as empty
+};
+
+constexpr directory_option operator|(directory_option a, directory_option b) noexcept {
+    return static_cast<directory_option>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
+}
+constexpr directory_option operator&(directory_option a, directory_option b) noexcept {
+    return static_cast<directory_option>(static_cast<unsigned>(a) & static_cast<unsigned>(b));
+}
+constexpr directory_option operator^(directory_option a, directory_option b) noexcept {
+    return static_cast<directory_option>(static_cast<unsigned>(a) ^ static_cast<unsigned>(b));
+}
+constexpr directory_option operator~(directory_option a) noexcept {
+    return static_cast<directory_option>(~static_cast<unsigned>(a));
+}
+constexpr directory_option& operator|=(directory_option& a, directory_option b) noexcept {
+    return a = a | b;
+}
+constexpr directory_option& operator&=(directory_option& a, directory_option b) noexcept {
+    return a = a & b;
+}
+constexpr directory_option& operator^=(directory_option& a, directory_option b) noexcept {
+    return a = a ^ b;
+}
+
 /// How `rename` moves to another file system.
 struct rename_options {
     constexpr rename_options() noexcept : preserve_last_write_time(0) {}

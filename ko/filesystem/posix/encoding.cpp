@@ -1,5 +1,6 @@
 #include <ko/filesystem/posix/encoding.hpp>
 
+#include <algorithm>
 #include <string_view>
 
 #include <ko/filesystem/detail/encoding.hpp>
@@ -19,11 +20,16 @@ bool is_short_ascii(std::basic_string_view<CharT> s) noexcept {
     return s.size() <= posix::detail::fast_path_limit && detail::is_ascii(s);
 }
 
+/// Appends to `result`, which is empty; false when that can't be finished.
+bool convert_utf8(std::string_view s, malformed policy, std::u16string& result) {
+    auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
+    return posix::detail::decode(s, converter, policy, result);
+}
+
 std::u16string from_utf8(std::string_view s, malformed policy) {
     if (is_short_ascii(s)) return {s.begin(), s.end()};
-    auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
     std::u16string result;
-    if (!posix::detail::decode(s, converter, policy, result)) result.clear();
+    if (!convert_utf8(s, policy, result)) result.clear();
     return result;
 }
 
@@ -59,6 +65,16 @@ std::u16string from_filesystem(std::string const& s) {
 
 std::u16string from_filesystem_strict(std::string_view s) {
     return from_utf8(s, malformed::reject);
+}
+
+bool try_from_filesystem(std::string_view s, std::u16string& result) {
+    if (is_short_ascii(s)) {
+        result.resize(s.size());
+        std::copy(s.begin(), s.end(), result.begin());
+        return true;
+    }
+    result.clear();
+    return convert_utf8(s, malformed::reject, result);
 }
 
 std::string make_native_access_form(std::u16string const& s) {

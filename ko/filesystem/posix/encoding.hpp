@@ -24,6 +24,9 @@ namespace detail {
 /// hands out and the caller will use: with bytes replaced it would name something else.
 std::u16string from_filesystem_strict(std::string_view s);
 
+/// The same in `result`, whose memory serves again. False when any of `s` is malformed.
+bool try_from_filesystem(std::string_view s, std::u16string& result);
+
 }  // namespace detail
 
 }  // namespace ko::filesystem

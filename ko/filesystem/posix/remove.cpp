@@ -11,11 +11,11 @@
 #include <string>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
-#include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
 #include <ko/filesystem/exceptions/path_errors.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
+#include <ko/filesystem/posix/directory_stream.hpp>
 #include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
@@ -52,8 +52,7 @@ bool is_directory(char const* path8) {
 
 /// 0 when `path8` is a directory and no link, else the error number that says what is the matter.
 int directory_verdict(int base, char const* path8) noexcept {
-    int const descriptor = uninterrupted(
-        [=] { return ::openat(base, path8, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
+    int const descriptor = posix::detail::open_directory(base, path8, O_NOFOLLOW);
     if (descriptor == -1) return errno;
     ::close(descriptor);  // opening it was the proof
     return 0;
@@ -70,13 +69,11 @@ int remove_entries(int base, std::string& dir) {
     std::size_t const dir_length = dir.size();
     int verdict = 0;
     for (;;) {
-        errno = 0;
-        ::dirent const* const entry = ::readdir(stream.get());
+        ::dirent const* const entry = posix::detail::next_entry(stream.get());
         if (entry == nullptr) {
             verdict = errno;
             break;
         }
-        if (detail::algorithm::is_dot_name<char>(entry->d_name)) continue;
         dir += traits::PATHNAME_SEPARATOR_CHARACTER;
         dir += entry->d_name;
         bool const descend = is_directory(dir.c_str());

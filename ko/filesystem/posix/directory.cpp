@@ -1,0 +1,335 @@
+#include <ko/filesystem/directory.hpp>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/exceptions/invalid_argument.hpp>
+#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/posix/directory_stream.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/file_identity.hpp>
+#include <ko/filesystem/posix/handles.hpp>
+#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/status_reader.hpp>
+
+namespace ko::filesystem {
+
+// The entry
+
+namespace {
+
+using detail::native_text;
+using detail::throw_errno_exception;
+
+/// The path of an entry, as the system takes it.
+class entry_path8 {
+public:
+    entry_path8(upath const& path, std::string const& bytes)
+        : converted_(path.native()), text_(bytes.empty() ? converted_.c_str() : bytes.c_str()) {}
+
+    char const* c_str() const noexcept { return text_; }
+
+private:
+    detail::system_path const converted_;
+    char const* const text_;
+};
+
+/// Gives the not-found value for ENOENT and for `other_absent`.
+file_status status_at(entry_path8 const& path8, detail::stat_function stat_or_lstat,
+                      int other_absent = 0) {
+    file_status result;
+    auto const error = detail::try_status(stat_or_lstat, path8.c_str(), result);
+    if (error && *error != other_absent) throw_errno_exception(*error, path8.c_str(), {});
+    return result;
+}
+
+file_status existing_status_at(entry_path8 const& path8) {
+    file_status const result = status_at(path8, &::stat);
+    if (result.type == file_status::file_not_found)
+        throw_errno_exception(ENOENT, path8.c_str(), {});
+    return result;
+}
+
+/// The type of `entry`, links followed.
+std::uint32_t followed_type(directory_entry const& entry, entry_path8 const& path8) {
+    std::uint32_t const type = entry.type();
+    return type == file_status::symlink_file ? status_at(path8, &::stat, ENOTDIR).type : type;
+}
+
+}  // namespace
+
+upath const& directory_entry::path() const {
+    if (!has_path())
+        throw detail::cloneable(
+            InvalidArgument("Invalid UTF-8", detail::from_filesystem(bytes_), {}));
+    return path_;
+}
+
+std::uint32_t directory_entry::type() const {
+    if (type_ != file_status::file_type_unknown) return type_;
+    return status_at({path_, bytes_}, &::lstat).type;
+}
+
+file_status directory_entry::status() const { return status_at({path_, bytes_}, &::stat, EINVAL); }
+file_status directory_entry::symlink_status() const {
+    return status_at({path_, bytes_}, &::lstat, EINVAL);
+}
+
+bool directory_entry::is_directory() const {
+    return followed_type(*this, {path_, bytes_}) == file_status::directory_file;
+}
+bool directory_entry::is_regular_file() const {
+    return followed_type(*this, {path_, bytes_}) == file_status::regular_file;
+}
+
+std::uint64_t directory_entry::file_size() const {
+    entry_path8 const path8(path_, bytes_);
+    file_status const found = existing_status_at(path8);
+    if (found.type == file_status::regular_file) return found.size;
+    bool const is_directory = found.type == file_status::directory_file;
+    throw_errno_exception(is_directory ? EISDIR : EINVAL, path8.c_str(), {});
+}
+
+boost::posix_time::ptime directory_entry::last_write_time() const {
+    return existing_status_at({path_, bytes_}).last_write_time;
+}
+
+// The listing
+
+namespace detail {
+
+namespace {
+
+bool has(directory_option options, directory_option one) noexcept {
+    return (options & one) != directory_option::none;
+}
+
+/// Whether opening failed since there is no directory, or none any more.
+bool means_no_directory(int error) noexcept {
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
+
+}  // namespace
+
+/// The open directories, the last of which is being read, and the current entry. At the end nothing is
+/// open.
+class directory_listing {
+public:
+    directory_listing(std::u16string const& native, directory_option options, bool is_recursive);
+
+    bool is_at_end() const noexcept { return levels_.empty(); }
+    directory_entry const& entry() const noexcept { return entry_; }
+    int depth() const noexcept { return static_cast<int>(levels_.size()) - 1; }
+
+    void advance();
+    void pop();
+
+    bool recursion_pending = false;
+
+private:
+    struct level {
+        posix::detail::dir_stream stream;
+        std::optional<file_identity> identity;  ///< only where links are followed
+        bool has_path = true;
+        std::size_t path8_length_above = 0;
+    };
+
+    template <class Step>
+    void step(Step to_next);
+    bool open(int base, char const* name8, int flags);
+    bool is_open(file_identity const& identity) const noexcept;
+    void enter();
+    void leave() noexcept;
+    void read();
+    void take(::dirent const& found);
+
+    directory_option const options_;
+    bool const is_recursive_;
+    std::vector<level> levels_;
+    // The path of the last level's directory; the second where that has one.
+    std::string path8_;
+    upath path_;
+    directory_entry entry_;
+    std::u16string name_;  ///< the entry's, kept for its memory
+};
+
+directory_listing::directory_listing(std::u16string const& native, directory_option options,
+                                     bool is_recursive)
+    : options_(options), is_recursive_(is_recursive) {
+    reject_empty_path(native);
+    path8_ = system_path(native).string();
+    path_ = upath(native, /*expand_tilde=*/false);
+    if (open(AT_FDCWD, path8_.c_str(), 0)) advance();
+}
+
+/// Goes to the next entry by `to_next`; a failure ends the listing.
+template <class Step>
+void directory_listing::step(Step to_next) try {
+    to_next();
+    recursion_pending = is_recursive_;
+} catch (...) {
+    levels_.clear();
+    throw;
+}
+
+void directory_listing::advance() {
+    step([this] {
+        if (recursion_pending) enter();
+        read();
+    });
+}
+
+void directory_listing::pop() {
+    step([this] {
+        leave();
+        read();
+    });
+}
+
+/// Opens the directory `name8`, whose path is `path8_`, as the last level. False when it counts as
+/// empty.
+bool directory_listing::open(int base, char const* name8, int flags) {
+    level opened;
+    opened.stream = posix::detail::open_directory_stream(base, name8, flags);
+    if (opened.stream == nullptr) {
+        int const error = errno;
+        bool const is_denied = error == EACCES;
+        if (is_denied && has(options_, directory_option::skip_permission_denied)) return false;
+        if (!levels_.empty() && means_no_directory(error)) return false;
+        throw_errno_exception(error, path8_, {});
+    }
+    if (has(options_, directory_option::follow_directory_symlinks)) {
+        struct stat found;
+        if (::fstat(::dirfd(opened.stream.get()), &found) != 0)
+            throw_errno_exception(errno, path8_, {});
+        opened.identity.emplace(found);
+        if (is_open(*opened.identity)) return false;
+    }
+    levels_.push_back(std::move(opened));
+    return true;
+}
+
+bool directory_listing::is_open(file_identity const& identity) const noexcept {
+    return std::any_of(levels_.begin(), levels_.end(),
+                       [&](level const& above) { return above.identity == identity; });
+}
+
+/// Opens what the entry names, if that is a directory. What it is may be known by trying only.
+void directory_listing::enter() {
+    bool const is_link = entry_.type_ == file_status::symlink_file;
+    bool const may_be_directory = is_link
+                                      ? has(options_, directory_option::follow_directory_symlinks)
+                                      : entry_.type_ == file_status::directory_file ||
+                                            entry_.type_ == file_status::file_type_unknown;
+    if (!may_be_directory) return;
+    std::size_t const length_above = path8_.size();
+    algorithm::concatenate(path8_, entry_.name_, /*expand_tilde=*/false);
+    int const base = ::dirfd(levels_.back().stream.get());
+    if (!open(base, entry_.name_.c_str(), is_link ? 0 : O_NOFOLLOW))
+        return path8_.resize(length_above);
+    levels_.back().path8_length_above = length_above;
+    levels_.back().has_path = entry_.has_path();
+    if (entry_.has_path()) path_ = entry_.path_;
+}
+
+void directory_listing::leave() noexcept {
+    path8_.resize(levels_.back().path8_length_above);
+    if (levels_.back().has_path) path_.remove_filename();
+    levels_.pop_back();
+}
+
+/// Goes to the next entry of the last level or, after its end, of those above.
+void directory_listing::read() {
+    for (; !levels_.empty(); leave()) {
+        if (auto const* const found = posix::detail::next_entry(levels_.back().stream.get()))
+            return take(*found);
+        int const error = errno;
+        // What Linux says of a directory that has been removed while it is open.
+        if (error != 0 && error != ENOENT) throw_errno_exception(error, path8_, {});
+    }
+}
+
+void directory_listing::take(::dirent const& found) {
+    level const& here = levels_.back();
+    entry_.name_ = found.d_name;
+    entry_.type_ = translated_type(DTTOIF(found.d_type));
+    struct stat looked_at;
+    if (found.d_type == DT_UNKNOWN &&
+        ::fstatat(::dirfd(here.stream.get()), found.d_name, &looked_at, AT_SYMLINK_NOFOLLOW) == 0)
+        entry_.type_ = translated_type(looked_at.st_mode);
+    if (here.has_path && try_from_filesystem(entry_.name_, name_)) {
+        entry_.bytes_.clear();
+        entry_.path_ = path_;
+        entry_.path_ /= name_;
+    } else {
+        entry_.bytes_ = path8_;
+        algorithm::concatenate(entry_.bytes_, entry_.name_, /*expand_tilde=*/false);
+        entry_.path_ = {};
+    }
+}
+
+bool is_at_end(directory_listing const* listing) noexcept {
+    return listing == nullptr || listing->is_at_end();
+}
+
+directory_entry const& current_entry(directory_listing const& listing) noexcept {
+    return listing.entry();
+}
+
+void advance(directory_listing* listing) {
+    if (!is_at_end(listing)) listing->advance();
+}
+
+}  // namespace detail
+
+// The iterators
+
+namespace {
+
+template <class Path>
+auto make_listing(Path const& p, directory_option options, bool is_recursive) {
+    return std::make_shared<detail::directory_listing>(native_text(p), options, is_recursive);
+}
+
+}  // namespace
+
+directory_iterator::directory_iterator(upath const& p, directory_option options) {
+    listing_ = make_listing(p, options, /*is_recursive=*/false);
+}
+directory_iterator::directory_iterator(std::u16string const& p, directory_option options) {
+    listing_ = make_listing(p, options, /*is_recursive=*/false);
+}
+
+recursive_directory_iterator::recursive_directory_iterator(upath const& p,
+                                                           directory_option options) {
+    listing_ = make_listing(p, options, /*is_recursive=*/true);
+}
+recursive_directory_iterator::recursive_directory_iterator(std::u16string const& p,
+                                                           directory_option options) {
+    listing_ = make_listing(p, options, /*is_recursive=*/true);
+}
+
+int recursive_directory_iterator::depth() const noexcept { return listing_->depth(); }
+bool recursive_directory_iterator::recursion_pending() const noexcept {
+    return listing_->recursion_pending;
+}
+void recursive_directory_iterator::disable_recursion_pending() noexcept {
+    listing_->recursion_pending = false;
+}
+void recursive_directory_iterator::pop() {
+    if (!detail::is_at_end(listing_.get())) listing_->pop();
+}
+
+}  // namespace ko::filesystem
