@@ -41,7 +41,8 @@ std::size_t convert(iconv_t converter, std::basic_string<CharT> const& text) {
     return sizeof buffer - out_left;
 }
 
-/// Calls `visit` with `path` made the path of each entry of the directory that it names.
+/// Calls `visit` with `path` made the path of each entry of the directory that it names, its name, and
+/// whether it is a directory as far as the listing tells.
 template <class Visit>
 void for_each_entry(std::string& path, Visit visit) {
     DIR* const stream = ::opendir(path.c_str());
@@ -52,7 +53,7 @@ void for_each_entry(std::string& path, Visit visit) {
         if (name == "." || name == "..") continue;
         path += '/';
         path += name;
-        visit(name);
+        visit(name, entry->d_type == DT_DIR);
         path.resize(length);
     }
     checked(::closedir(stream));
@@ -101,7 +102,7 @@ void copy_tree(std::string& from, std::string& to) {
     checked(::stat(from.c_str(), &found));  // does it contain its own copy?
     make_directories(to);
     std::size_t const length = to.size();
-    for_each_entry(from, [&](std::string_view name) {
+    for_each_entry(from, [&](std::string_view name, bool) {
         to += '/';
         to += name;
         checked(::lstat(from.c_str(), &found));
@@ -113,10 +114,19 @@ void copy_tree(std::string& from, std::string& to) {
     });
 }
 
+std::size_t list_tree(std::string& dir) {
+    std::size_t sum = 0;
+    for_each_entry(dir, [&](std::string_view, bool is_directory) {
+        sum += dir.size() + (is_directory ? 1 : 0);
+        if (is_directory) sum += list_tree(dir);
+    });
+    return sum;
+}
+
 void remove_tree(std::string& dir) {
     check_is_directory(dir.c_str());
     std::size_t const length = dir.size();
-    for_each_entry(dir, [&](std::string_view) {
+    for_each_entry(dir, [&](std::string_view, bool) {
         struct stat found;
         checked(::lstat(dir.c_str(), &found));
         dir[length] = '\0';

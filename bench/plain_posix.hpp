@@ -21,6 +21,9 @@ void copy_file(char const* from, char const* to, int flags);
 /// Copies the directory `from` with the directories and files in it to `to`, which is missing.
 void copy_tree(std::string& from, std::string& to);
 
+/// The lengths of the paths of all that is below the directory `dir`, with one more for each directory.
+std::size_t list_tree(std::string& dir);
+
 /// Removes the directory `dir`, having made sure before each removal in it that it still is one and
 /// no link.
 void remove_tree(std::string& dir);

@@ -33,12 +33,52 @@ void make_tree(std::u16string const& tree) {
     }
 }
 
+/// The lengths and types of all paths in the tree, added up.
+template <class Iterator, class Measure>
+std::size_t sum_of(Iterator all, Measure measure) {
+    std::size_t sum = 0;
+    for (auto const& entry : all) sum += measure(entry);
+    return sum;
+}
+
+std::size_t list_by_ko(std::u16string const& tree) {
+    return sum_of(fs::recursive_directory_iterator(tree), [](fs::directory_entry const& entry) {
+        return entry.path().native().size() +
+               (entry.type() == fs::file_status::directory_file ? 1 : 0);
+    });
+}
+
+std::size_t list_by_std(std::u16string const& tree) {
+    return sum_of(std_fs::recursive_directory_iterator(tree), [](auto const& entry) {
+        return entry.path().u16string().size() + (entry.is_directory() ? 1 : 0);
+    });
+}
+
+std::size_t list_by_boost(std::u16string const& tree) {
+    using boost::locale::conv::utf_to_utf;
+    return sum_of(boost_fs::recursive_directory_iterator(boost_path(tree)), [](auto const& entry) {
+        bool const is_directory = entry.symlink_status().type() == boost_fs::directory_file;
+        return utf_to_utf<char16_t>(entry.path().native()).size() + (is_directory ? 1 : 0);
+    });
+}
+
 }  // namespace
 
 void add_tree_jobs(std::u16string const& scratch) {
     std::u16string const tree = scratch + u"/tree", copied = scratch + u"/copied";
     std::string const tree8 = fs::upath(tree).string(), copied8 = fs::upath(copied).string();
     make_tree(tree);
+    std::size_t const sum = list_by_ko(tree);
+    job("list a tree of 2,000 files", sum == list_by_std(tree) && sum == list_by_boost(tree))
+        .target(1.33)
+        .large()
+        .ko([=] { return list_by_ko(tree); })
+        .std([=] { return list_by_std(tree); })
+        .boost([=] { return list_by_boost(tree); })
+        .limit([=] {
+            std::string dir = tree8;
+            return plain::list_tree(dir);
+        });
     constexpr auto options = fs::copy_option::recursive | fs::copy_option::copy_symlinks;
     constexpr auto std_options =
         std_fs::copy_options::recursive | std_fs::copy_options::copy_symlinks;

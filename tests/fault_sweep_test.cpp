@@ -97,6 +97,12 @@ struct scenario {
         return *this;
     }
 
+    /// In a file system whose listings give no types.
+    scenario& without_listed_types() {
+        lists_no_types = true;
+        return *this;
+    }
+
     static inline int failing_allocation = 0;
     static inline bool short_transfers = false;
 
@@ -105,7 +111,24 @@ struct scenario {
     told_by told;
     std::string from = "@/f", to = "@/n";
     std::vector<exemption> exemptions;
+    bool lists_no_types = false;
 };
+
+/// All that `all` gives, added up; allocates nothing of its own. After a failure it must be at its end.
+template <class Iterator>
+std::string listed(Iterator all) {
+    std::size_t sum = 0;
+    try {
+        while (all != Iterator()) {
+            sum += all->path().native().size();
+            ++all;
+        }
+    } catch (...) {
+        if (all == Iterator()) throw;
+        return "not at its end";
+    }
+    return "listed " + std::to_string(sum);
+}
 
 bool matches(std::string const& outcome, std::string const& wanted) {
     bool const is_prefix = wanted.back() == '*';
@@ -236,6 +259,7 @@ protected:
         {
             call_recorder recorded;
             recorded.short_transfers = scenario::short_transfers;
+            recorded.lists_no_types = s.lists_no_types;
             normal = s.told(scratch.path8());
             calls = recorded.all;
         }
@@ -252,6 +276,7 @@ protected:
                     call_recorder recorded;
                     recorded.failing_index = index, recorded.error = error;
                     recorded.short_transfers = scenario::short_transfers;
+                    recorded.lists_no_types = s.lists_no_types;
                     outcome = s.told(scratch.path8());
                 }
                 ++faults;
@@ -300,6 +325,17 @@ TEST_F(FaultSweep, OfEveryCall) {
             .but("closedir", {}, listing)
             .but("fstatat", {EACCES}, "ok")  // what may not be searched is no ancestor
             .but("fstatat", {}, ":@/n");
+    };
+    constexpr auto following = directory_option::follow_directory_symlinks;
+    auto const list = [](char const* operation, auto action) {
+        auto row = scenario(operation, own, action)
+                       .but("closedir", {}, "listed*")
+                       .but("readdir", {ENOENT}, "listed*")  // of a directory that was removed
+                       .but("lstat", {ENOENT}, "listed*");
+        for (std::string const path : {"s", "l", "s/f", "l/f"})
+            for (std::string const call : {"openat @/d/", "fdopendir @/d/"})
+                row.but(call + path, {ENOENT, ENOTDIR, ELOOP}, "listed*");
+        return row;
     };
     scenario const rows[] = {
         scenario("exists", own, [=] { return exists(at(u"f")); }).but("stat", ignored, "no"),
@@ -378,6 +414,20 @@ TEST_F(FaultSweep, OfEveryCall) {
             .but("stat", ignored, "*"),
         scenario("equivalent", of_copy, [=] { return equivalent(at(u"f"), at(u"g")); })
             .on("@/f", "@/g"),
+        list("directory_iterator", [=] { return listed(directory_iterator(at(u"d"))); }),
+        list("recursive_directory_iterator",
+             [=] { return listed(recursive_directory_iterator(at(u"d"))); }),
+        list("recursive_directory_iterator, links followed, no types",
+             [=] { return listed(recursive_directory_iterator(at(u"d"), following)); })
+            .without_listed_types(),
+        list("directory_entry",
+             [=] {
+                 directory_entry const entry = *directory_iterator(at(u"d/./s"));
+                 bool const is_found = entry.type() == file_status::regular_file &&
+                                       !entry.last_write_time().is_special();
+                 return "listed " + std::to_string(is_found ? entry.file_size() : 0);
+             })
+            .without_listed_types(),
         scenario("space", own, [=] { return space(upath(at(u"e"))).capacity > 0; }),
     };
     int faults = 0, allocations = 0;

@@ -55,6 +55,20 @@ Function* next(char const* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
+/// The path that each descriptor was opened by.
+std::map<int, std::string>& opened() {
+    static std::map<int, std::string> paths;
+    return paths;
+}
+
+std::string shown(char const* name, char const* path) { return std::string(name) + ' ' + path; }
+
+/// A directory that is opened from another one goes by its whole path, as ours do.
+std::string shown(char const* name, int base, char const* path) {
+    bool const is_below = base != AT_FDCWD && *path != '/';
+    return std::string(name) + ' ' + (is_below ? opened()[base] + '/' : "") + path;
+}
+
 }  // namespace
 
 #define ADMITTED(call) (call_recorder::current == nullptr || admitted(call))
@@ -90,11 +104,9 @@ CALL(int, -1, symlink, SHOWN(symlink) + ' ' + to, (char const* path, char const*
      (path, to))
 CALL(int, -1, linkat, SHOWN(linkat) + ' ' + to,
      (int d, char const* path, int e, char const* to, int f) noexcept, (d, path, e, to, f))
-CALL(::dirent*, nullptr, readdir, shown("readdir", d), (DIR * d), (d))
 CALL(::dirent64*, nullptr, readdir64, shown("readdir", d), (DIR * d), (d))
-CALL(DIR*, nullptr, fdopendir, "fdopendir", (int d), (d))
 CALL(int, -1, fchmod, "fchmod", (int d, mode_t m) noexcept, (d, m))
-CALL(int, -1, fstat, "fstat", (int d, struct stat* s) noexcept, (d, s))
+CALL(int, -1, fstat, "fstat " + opened()[d], (int d, struct stat* s) noexcept, (d, s))
 CALL(int, -1, fstat64, "fstat", (int d, struct stat64* s) noexcept, (d, s))
 CALL(ssize_t, -1, sendfile, "sendfile", (int o, int i, off_t* p, size_t n) noexcept,
      (o, i, p, at_once(n)))
@@ -107,14 +119,19 @@ CALL(char*, nullptr, getcwd, "getcwd", (char* b, size_t n) noexcept, (b, n))
 #undef CALL
 
 // The mode, which only some calls have.
-#define OPEN(name, call, first, passed)                                                 \
-    extern "C" int name(first char const* path, int flags, ...) {                       \
-        std::va_list rest;                                                              \
-        va_start(rest, flags);                                                          \
-        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;      \
-        va_end(rest);                                                                   \
-        if (!ADMITTED(std::string(call " ").append(path))) return -1;                   \
-        return next<int(first char const*, int, ...)>(#name)(passed path, flags, mode); \
+#define OPEN(name, call, first, passed)                                                  \
+    extern "C" int name(first char const* path, int flags, ...) {                        \
+        std::va_list rest;                                                               \
+        va_start(rest, flags);                                                           \
+        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;       \
+        va_end(rest);                                                                    \
+        bool const is_recorded = call_recorder::current != nullptr;                      \
+        std::string const shown_call = is_recorded ? shown(call, passed path) : "";      \
+        if (is_recorded && !admitted(shown_call)) return -1;                             \
+        int const result =                                                               \
+            next<int(first char const*, int, ...)>(#name)(passed path, flags, mode);     \
+        if (is_recorded) opened()[result] = shown_call.substr(shown_call.find(' ') + 1); \
+        return result;                                                                   \
     }
 #define BASE int base,
 #define PASSED_BASE base,
@@ -134,6 +151,19 @@ extern "C" DIR* opendir(char const* path) {
     DIR* const stream = next<DIR*(char const*)>("opendir")(path);
     if (call_recorder::current != nullptr && stream != nullptr) streams()[stream] = path;
     return stream;
+}
+extern "C" DIR* fdopendir(int descriptor) {
+    if (!ADMITTED("fdopendir " + opened()[descriptor])) return nullptr;
+    DIR* const stream = next<DIR*(int)>("fdopendir")(descriptor);
+    if (call_recorder::current != nullptr && stream) streams()[stream] = opened()[descriptor];
+    return stream;
+}
+extern "C" ::dirent* readdir(DIR* stream) {
+    if (!ADMITTED(shown("readdir", stream))) return nullptr;
+    ::dirent* const entry = next<::dirent*(DIR*)>("readdir")(stream);
+    bool const is_changed = call_recorder::current && call_recorder::current->lists_no_types;
+    if (is_changed && entry) entry->d_type = DT_UNKNOWN;
+    return entry;
 }
 extern "C" int closedir(DIR* stream) {
     std::string const call = shown("closedir", stream);

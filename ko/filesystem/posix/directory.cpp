@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -226,18 +228,18 @@ bool directory_listing::is_open(file_identity const& identity) const noexcept {
                        [&](level const& above) { return above.identity == identity; });
 }
 
-/// Opens what the entry names, if that is a directory. What it is may be known by trying only.
+/// Opens the entry, if it is a directory or, where links are followed, leads to one. Where the listing
+/// gives no types, opening it tells.
 void directory_listing::enter() {
-    bool const is_link = entry_.type_ == file_status::symlink_file;
-    bool const may_be_directory = is_link
-                                      ? has(options_, directory_option::follow_directory_symlinks)
-                                      : entry_.type_ == file_status::directory_file ||
-                                            entry_.type_ == file_status::file_type_unknown;
-    if (!may_be_directory) return;
+    std::uint32_t const type = entry_.type_;
+    bool const is_directory = type == file_status::directory_file;
+    bool const is_link = type == file_status::symlink_file;
+    bool const follows = has(options_, directory_option::follow_directory_symlinks);
+    if (!is_directory && !(is_link && follows) && type != file_status::file_type_unknown) return;
     std::size_t const length_above = path8_.size();
     algorithm::concatenate(path8_, entry_.name_, /*expand_tilde=*/false);
     int const base = ::dirfd(levels_.back().stream.get());
-    if (!open(base, entry_.name_.c_str(), is_link ? 0 : O_NOFOLLOW))
+    if (!open(base, entry_.name_.c_str(), is_directory || !follows ? O_NOFOLLOW : 0))
         return path8_.resize(length_above);
     levels_.back().path8_length_above = length_above;
     levels_.back().has_path = entry_.has_path();
@@ -262,14 +264,9 @@ void directory_listing::read() {
 }
 
 void directory_listing::take(::dirent const& found) {
-    level const& here = levels_.back();
     entry_.name_ = found.d_name;
     entry_.type_ = translated_type(DTTOIF(found.d_type));
-    struct stat looked_at;
-    if (found.d_type == DT_UNKNOWN &&
-        ::fstatat(::dirfd(here.stream.get()), found.d_name, &looked_at, AT_SYMLINK_NOFOLLOW) == 0)
-        entry_.type_ = translated_type(looked_at.st_mode);
-    if (here.has_path && try_from_filesystem(entry_.name_, name_)) {
+    if (levels_.back().has_path && try_from_filesystem(entry_.name_, name_)) {
         entry_.bytes_.clear();
         entry_.path_ = path_;
         entry_.path_ /= name_;
