@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,8 @@ TEST_F(SystemCalls, AreThoseOfTheOperationAndNoOthers) {
         {[] { remove(u"o"), remove(u"n"), remove_symlink(u"p"), remove_directory(u"x/y"); },
          {"lstat o", "unlink o", "lstat n", "rmdir n", "unlink p", "rmdir x/y"}},
         {[] { canonical(u"/"); }, {"stat /", "realpath /"}},
+        {[] { static_cast<void>(std::distance(recursive_directory_iterator(u"d"), {})); },
+         {"openat d", "fdopendir d", "openat d/s", "fdopendir d/s", "closedir d/s", "closedir d"}},
         {[] { remove_all(u"d"); },
          {"lstat d", "openat d", "close", "opendir d",  // the directory is one
           "lstat d/s", "openat d", "close",             // an entry, in it still
