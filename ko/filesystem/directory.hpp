@@ -88,6 +88,8 @@ public:
 private:
     friend class detail::directory_listing;
 
+    std::uint32_t followed_type() const;
+
     upath path_;
     std::string name_;
     std::string bytes_;  ///< the whole path, where that is not UTF-8; else empty
@@ -143,7 +145,7 @@ public:
 
     /// An iterator is a range as well: from itself to the end.
     friend Iterator begin(Iterator it) noexcept { return it; }
-    friend Iterator end(Iterator const&) noexcept { return {}; }
+    friend Iterator end(Iterator) noexcept { return {}; }
 
 protected:
     entry_iterator() = default;

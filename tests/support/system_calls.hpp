@@ -20,7 +20,6 @@ struct call_recorder {
     std::size_t failing_index = static_cast<std::size_t>(-1);  ///< or: which of all
     int error = 0;                                             ///< what errno is then
     bool short_transfers = false;                              ///< sendfile sends a byte at most
-    bool lists_no_types = false;                               ///< as some file systems do
 
     /// "name path", the name alone where there is no path; a directory's stream goes by its path.
     std::vector<std::string> all;

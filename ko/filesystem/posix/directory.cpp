@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -64,12 +65,6 @@ file_status existing_status_at(entry_path8 const& path8) {
     return result;
 }
 
-/// The type of `entry`, links followed.
-std::uint32_t followed_type(directory_entry const& entry, entry_path8 const& path8) {
-    std::uint32_t const type = entry.type();
-    return type == file_status::symlink_file ? status_at(path8, &::stat, ENOTDIR).type : type;
-}
-
 }  // namespace
 
 upath const& directory_entry::path() const {
@@ -89,11 +84,17 @@ file_status directory_entry::symlink_status() const {
     return status_at({path_, bytes_}, &::lstat, EINVAL);
 }
 
+std::uint32_t directory_entry::followed_type() const {
+    std::uint32_t const listed = type();
+    if (listed != file_status::symlink_file) return listed;
+    return status_at({path_, bytes_}, &::stat, ENOTDIR).type;
+}
+
 bool directory_entry::is_directory() const {
-    return followed_type(*this, {path_, bytes_}) == file_status::directory_file;
+    return followed_type() == file_status::directory_file;
 }
 bool directory_entry::is_regular_file() const {
-    return followed_type(*this, {path_, bytes_}) == file_status::regular_file;
+    return followed_type() == file_status::regular_file;
 }
 
 std::uint64_t directory_entry::file_size() const {
@@ -258,14 +259,14 @@ void directory_listing::read() {
         if (auto const* const found = posix::detail::next_entry(levels_.back().stream.get()))
             return take(*found);
         int const error = errno;
-        // What Linux says of a directory that has been removed while it is open.
+        // Linux says ENOENT of a directory that has been removed while it is open.
         if (error != 0 && error != ENOENT) throw_errno_exception(error, path8_, {});
     }
 }
 
 void directory_listing::take(::dirent const& found) {
     entry_.name_ = found.d_name;
-    entry_.type_ = translated_type(DTTOIF(found.d_type));
+    entry_.type_ = translated_type(static_cast<mode_t>(DTTOIF(found.d_type)));
     if (levels_.back().has_path && try_from_filesystem(entry_.name_, name_)) {
         entry_.bytes_.clear();
         entry_.path_ = path_;
