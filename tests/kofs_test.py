@@ -52,6 +52,17 @@ TEXT = [
     ("permissions f", 2, "", "one of --set, --add and --remove is needed;"),
     ("permissions --set=10000 f", 2, "", "permissions end at 07777: 10000;"),
     ("permissions --add=owner_red f", 2, "", "no such permission: owner_red;"),
+    ("list t", 0, "t/x\n", ""),
+    ("list --recursive f t", 1, "t/x\n", "kofs list: f: Not a directory\n"),
+    ("list odd", 1, "odd/b\n", "kofs list: odd: odd/\ufffd: Invalid UTF-8\n"),
+    ("hard-link f ~", 1, "", "kofs hard-link: ~: File exists\n"),
+    ("hard-link f name", 0, "", ""),
+    ("resize name 5x", 2, "", "no size in bytes: 5x;"),
+    ("resize name 5", 0, "", ""),
+    ("touch --time=1999-12-31T23:59:59.5Z name", 0, "", ""),
+    ("touch --time=now name", 2, "", "no time as 2024-01-31T12:00:00Z: now;"),
+    ("copy --verbose t t2", 0, "t -> t2\n", ""),
+    ("copy --progress t t3", 2, "", "--progress is for --json;"),
     ("remove-all --expand ~", 2, "", "no such option: --expand;"),
 ]
 
@@ -62,6 +73,7 @@ JSON = [
     ("symlink-status l", 0, {"0/result/type": "symbolic link"}),
     ("symlink-status none", 1, {"0/result": None}),
     ("status-express-light f", 0, {"0/result/size": 3, "0/result/written": "2001-09-09T01:46:40.000000Z"}),
+    ("list t", 0, {"0/result/path": "t/x", "0/result/type": "regular file"}),
     ("status f bad\udcff loop", 1, {"0/result/status/mode": "0640", "1/error/class": "InvalidArgument",
                                   "1/operands/0": "bad\ufffd", "2/result/exists": None,
                                   "2/result/symlink_status/type": "symbolic link", "2/result/error/number": errno.ELOOP}),
@@ -119,6 +131,10 @@ class Kofs(unittest.TestCase):
                 file.write("abc")
         os.chmod("f", 0o640)
         os.utime("f", (1_000_000_000, 1_000_000_000))
+        for name in ("t", "odd"):
+            os.mkdir(name)
+        for name in (b"t/x", b"odd/b", b"odd/\xff"):
+            open(name, "w").close()
         for text, name in ((b'a "b"\\\n\xc3\x9c', "l"), (b"\xff", "notutf8"), (b"loop", "loop")):
             os.symlink(text, name)
 
@@ -194,6 +210,28 @@ class Kofs(unittest.TestCase):
             self.assertEqual(status, expected, seen)
             self.assertRegex(seen, rb"^\r?(kofs copy-file: 0:0\d\r?)+(\^C)?\r {22}\r$")
 
+    def test_ctrl_c_ends_a_copy_between_two_entries(self):
+        signal.signal(signal.SIGIO, signal.SIG_IGN)  # says that kofs waits
+        os.mkdir("tree")
+        held = [os.open(f"tree/{number}", os.O_RDWR | os.O_CREAT, 0o600) for number in range(3)]
+        try:
+            for file in held:
+                os.write(file, b"abc")
+                fcntl.fcntl(file, fcntl.F_SETLEASE, fcntl.F_WRLCK)
+        except (AttributeError, OSError) as error:
+            self.skipTest(f"there are no leases here: {error}")
+        pid, master = on_terminal("copy", "--recursive", "tree", "copied")
+        seen = read_terminal(master, b"/s ")
+        os.write(master, b"\x03")
+        seen += read_terminal(master, b"^C")
+        for file in held:
+            os.close(file)
+        seen += read_terminal(master)
+        os.close(master)
+        self.assertEqual((os.waitpid(pid, 0)[1], len(os.listdir("copied"))), (signal.SIGINT, 1), seen)
+        self.assertRegex(seen, rb"\rkofs copy: 0:01 \[\.+\] 25 % of 4, 0 % of 9 B, 0 B/s ")
+        self.assertRegex(seen, rb"\r +\rkofs copy: interrupted; entries copied: 2 \(3 B\)\r\n$")
+
     def test_completions_and_manual_have_all_commands_and_options(self):
         def offered(*words):
             program = '. "$0"; COMP_WORDS=(kofs "$@"); COMP_CWORD=$#; _kofs; printf "%s\\n" "${COMPREPLY[@]}"'
@@ -209,9 +247,10 @@ class Kofs(unittest.TestCase):
         self.assertEqual(offered("") - {"--json", "--help", "--version"}, commands)
         self.assertEqual(set(re.findall(r"^ +['\"]([a-z-]+):", zsh, re.M)), commands)
         self.assertEqual(set(re.findall(r"^(?:\.It )?\.?Cm ([a-z-]+)(?= (?:Ar|Oo|Op)|$)", manual, re.M)), commands)
-        in_zsh = {}
+        in_zsh, copying = {}, re.search(r"copying=\((.*?)\n    case", zsh, re.S)[1]
         for names, text in re.findall(r"^    ([a-z |-]+)\)\s+options=\((.*?)\) ;;", zsh, re.M | re.S):
             text = text.replace("$either", "'--file[ '--directory[").replace("$expand", "'--expand[")
+            text = text.replace("$copying", "".join(re.findall(r"['*)]--[a-z-]+", copying)))
             for name in names.split(" | "):
                 in_zsh[name] = set(re.findall(r"['*)](--[a-z0-9-]+)", text.replace("$print0", "'--print0[")))
         for command in commands:

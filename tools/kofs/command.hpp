@@ -38,6 +38,7 @@ enum class nature {
     answers,     ///< prints an answer; a failure for one operand does not stop it
     acts,        ///< prints nothing
     takes_time,  ///< acts, perhaps for so long that the time is shown
+    lists,       ///< prints answers one by one, and gives the exit status
     narrates,    ///< prints by itself, without JSON, and gives the exit status
 };
 

@@ -1,16 +1,20 @@
 #include "commands.hpp"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+#include <exception>
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include <boost/date_time/posix_time/posix_time.hpp>
 #include <nlohmann/json.hpp>
 
 #include <ko/filesystem.hpp>
 
+#include "copy_watch.hpp"
 #include "inspect.hpp"
 #include "report.hpp"
 #include "tour.hpp"
@@ -169,17 +173,80 @@ json remove(arguments const& given) {
     return done;
 }
 
-template <void (*Operation)(std::u16string const&, std::u16string const&, fs::copy_option)>
+fs::copy_option copy_bits(arguments const& given) {
+    return bits_of<fs::copy_option>(given, {{"overwrite", fs::copy_option::overwrite_if_exists},
+                                            {"skip", fs::copy_option::skip_existing},
+                                            {"update", fs::copy_option::update_existing},
+                                            {"recursive", fs::copy_option::recursive},
+                                            {"copy-links", fs::copy_option::copy_symlinks},
+                                            {"skip-links", fs::copy_option::skip_symlinks},
+                                            {"create-links", fs::copy_option::create_symlinks}});
+}
+
 json copy(arguments const& given) {
-    Operation(
-        text(given, 0), text(given, 1),
-        bits_of<fs::copy_option>(given, {{"overwrite", fs::copy_option::overwrite_if_exists},
-                                         {"skip", fs::copy_option::skip_existing},
-                                         {"update", fs::copy_option::update_existing},
-                                         {"recursive", fs::copy_option::recursive},
-                                         {"copy-links", fs::copy_option::copy_symlinks},
-                                         {"skip-links", fs::copy_option::skip_symlinks},
-                                         {"create-links", fs::copy_option::create_symlinks}}));
+    std::u16string const from = text(given, 0);
+    copy_watch watch(given, from);
+    try {
+        fs::copy(from, text(given, 1), copy_bits(given), watch.observer());
+    } catch (fs::SystemError const& error) {
+        if (error.system_error_number() == ECANCELED) watch.end_if_interrupted();
+        throw;
+    }
+    return done;
+}
+
+json copy_file(arguments const& given) {
+    fs::copy_file(text(given, 0), text(given, 1), copy_bits(given));
+    return done;
+}
+
+/// Prints the path of each entry; one that is not UTF-8 is a failure that does not end the listing.
+template <class Iterator>
+int print_listing(arguments const& given, fs::directory_option options) {
+    int status = EXIT_SUCCESS;
+    for (fs::directory_entry const& entry : Iterator(text(given), options)) try {
+            std::string const path = entry.path().string();
+            if (given.json)
+                print_json(given, "result", {{"path", path}, {"type", type_name(entry.type())}});
+            else
+                print_path(given, path);
+        } catch (fs::FsysExceptionBase const& error) {
+            status = report_failure(given, error);
+        }
+    return status;
+}
+
+json list(arguments const& given) {
+    auto const options = bits_of<fs::directory_option>(
+        given, {{"follow-links", fs::directory_option::follow_directory_symlinks},
+                {"skip-denied", fs::directory_option::skip_permission_denied}});
+    return given.has("recursive") ? print_listing<fs::recursive_directory_iterator>(given, options)
+                                  : print_listing<fs::directory_iterator>(given, options);
+}
+
+json resize(arguments const& given) {
+    std::string const& size = given.operands[1];
+    char* end = nullptr;
+    errno = 0;
+    unsigned long long const bytes = std::strtoull(size.c_str(), &end, 10);
+    if (size.find_first_not_of("0123456789") != size.npos || size.empty() || errno != 0)
+        throw usage_error("no size in bytes: " + size);
+    fs::resize_file(text(given), bytes);
+    return done;
+}
+
+json touch(arguments const& given) {
+    boost::posix_time::ptime time = boost::posix_time::microsec_clock::universal_time();
+    if (given.has("time")) {
+        std::string const& value = given.options.at("time").back();
+        try {
+            time = boost::posix_time::from_iso_extended_string(
+                value.substr(0, value.size() - (!value.empty() && value.back() == 'Z')));
+        } catch (std::exception const&) {
+            throw usage_error("no time as 2024-01-31T12:00:00Z: " + value);
+        }
+    }
+    fs::last_write_time(text(given), time);
     return done;
 }
 
@@ -225,6 +292,12 @@ std::vector<option> const copy_options = {
     {"create-links", nullptr, "Make a link to the source instead of copying"},
 };
 
+std::vector<option> with_watch(std::vector<option> options) {
+    options.push_back({"verbose", nullptr, "Print each entry before it is copied", true});
+    options.push_back({"progress", nullptr, "With --json: print a line a second", true});
+    return options;
+}
+
 command asks(char const* name, char const* operands, char const* help,
              json (*run)(arguments const&), std::vector<option> options = {}) {
     return {name, operands, help, run, nature::answers, std::move(options)};
@@ -265,6 +338,15 @@ std::vector<command> commands() {
               {"write", nullptr, "Write"},
               {"execute", nullptr, "Execute, or search a directory"},
               expand}),
+        {"list",
+         "PATH...",
+         "Print the paths of what is in each directory",
+         list,
+         nature::lists,
+         {{"recursive", nullptr, "And in the directories below"},
+          {"follow-links", nullptr, "Enter what links lead to"},
+          {"skip-denied", nullptr, "Pass over what may not be read"},
+          print0}},
         asks("equivalent", "PATH OTHER", "Whether both lead to one file", equivalent),
         asks("space", "PATH", "Show the size of the file system and what is free, in bytes", space,
              {expand}),
@@ -291,6 +373,12 @@ std::vector<command> commands() {
              create_symlink,
              {{"file", nullptr, "For a file; makes no difference here", true},
               {"directory", nullptr, "For a directory; makes no difference here", true}}),
+        acts("hard-link", "EXISTING LINK", "Make another name for a file",
+             for_two<fs::create_hard_link>),
+        acts("resize", "PATH SIZE", "Cut a file, or fill it up with zeros, to so many bytes",
+             resize),
+        acts("touch", "PATH...", "Set the write time, to now if no other is given", touch,
+             {{"time", "TIME", "In UTC, as 2024-01-31T12:00:00.5Z"}}),
         acts("permissions", "PATH...",
              "Change permissions, given as names like owner_read,group_all or in octal",
              permissions,
@@ -300,8 +388,8 @@ std::vector<command> commands() {
               {"no-follow", nullptr, "Of a link itself, where the system can"}}),
         acts("create-shortcut", "FROM TO", "Fail: other platforms have shortcuts",
              for_two<fs::create_shortcut>),
-        takes_time("copy", "FROM TO", "Copy anything", copy<fs::copy>, copy_options),
-        takes_time("copy-file", "FROM TO", "Copy a file", copy<fs::copy_file>, copy_options),
+        acts("copy", "FROM TO", "Copy anything", copy, with_watch(copy_options)),
+        takes_time("copy-file", "FROM TO", "Copy a file", copy_file, copy_options),
         takes_time("copy-directory", "FROM TO", "Make a directory with another's permissions",
                    for_two<fs::copy_directory>),
         takes_time("copy-symlink", "FROM TO", "Copy a link as a link", for_two<fs::copy_symlink>),

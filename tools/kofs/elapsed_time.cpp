@@ -1,20 +1,25 @@
 #include "elapsed_time.hpp"
 
+#include <sys/ioctl.h>
 #include <sys/select.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
 #include <system_error>
+#include <utility>
 
 namespace kofs {
 
 namespace {
 
 volatile std::sig_atomic_t caught_signal = 0;
+std::atomic<bool> was_interrupted{false};
 
 /// Writes to the terminal. What fails is not worth a word: the line is a courtesy.
 void put(std::string const& text) {
@@ -35,21 +40,60 @@ std::string clock_text(long seconds) {
     return text;
 }
 
+std::size_t terminal_width() {
+    winsize size{};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1u
+                                                                             : 79;
+}
+
+/// As much of `text`, UTF-8, as fits into so many columns. Characters from U+0800 on are taken for wide
+/// ones, as those of East Asia are.
+std::string cut(std::string const& text, std::size_t columns) {
+    std::size_t end = 0;
+    while (end != text.size()) {
+        auto const lead = static_cast<unsigned char>(text[end]);
+        std::size_t const bytes = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        std::size_t const width = bytes < 3 ? 1 : 2;
+        if (width > columns) break;
+        columns -= width;
+        end = std::min(end + bytes, text.size());
+    }
+    return text.substr(0, end);
+}
+
 /// A background job's line would spoil what the user types.
 bool in_foreground() { return ::tcgetpgrp(STDERR_FILENO) == ::getpgrp(); }
 
 }  // namespace
 
 std::unique_ptr<elapsed_time> elapsed_time::shown(std::string const& command) {
+    return made(command, /*has_line=*/true, /*is_interruptible=*/false, {});
+}
+
+std::unique_ptr<elapsed_time> elapsed_time::shown(std::string const& command, details more) {
+    bool const has_line = more != nullptr;
+    return made(command, has_line, /*is_interruptible=*/true, std::move(more));
+}
+
+std::unique_ptr<elapsed_time> elapsed_time::made(std::string const& command, bool has_line,
+                                                 bool is_interruptible, details more) {
     if (::isatty(STDERR_FILENO) == 0) return nullptr;
     try {
-        return std::unique_ptr<elapsed_time>(new elapsed_time(command));
+        return std::unique_ptr<elapsed_time>(
+            new elapsed_time(command, has_line, is_interruptible, std::move(more)));
     } catch (std::system_error const&) {
         return nullptr;
     }
 }
 
-elapsed_time::elapsed_time(std::string const& command) : command_(command) {
+bool elapsed_time::interrupted() noexcept { return was_interrupted; }
+
+elapsed_time::elapsed_time(std::string const& command, bool has_line, bool is_interruptible,
+                           details more)
+    : command_(command),
+      has_line_(has_line),
+      is_interruptible_(is_interruptible),
+      more_(std::move(more)) {
     if (::pipe(stop_) != 0) throw std::system_error(errno, std::generic_category());
     if (stop_[0] >= FD_SETSIZE) {
         ::close(stop_[0]);
@@ -111,6 +155,10 @@ void elapsed_time::run() {
         FD_ZERO(&ends);
         FD_SET(stop_[0], &ends);
         int const found = ::pselect(stop_[0] + 1, &ends, nullptr, nullptr, &wait, &mask_before_);
+        if (caught_signal == SIGINT && std::exchange(is_interruptible_, false)) {
+            caught_signal = 0;
+            was_interrupted = true;
+        }
         if (caught_signal != 0) end_process(caught_signal);
         if (found > 0) break;
     }
@@ -118,9 +166,12 @@ void elapsed_time::run() {
 }
 
 void elapsed_time::draw(long seconds) {
-    if (!in_foreground()) return;
+    if (!has_line_ || !in_foreground()) return;
+    std::size_t const drawn = line_.size();
     line_ = "kofs " + command_ + ": " + clock_text(seconds);
-    put('\r' + line_);
+    if (more_) line_ = cut(line_ + more_(), terminal_width());
+    std::size_t const rest = drawn > line_.size() ? drawn - line_.size() : 0;
+    put('\r' + line_ + std::string(rest, ' '));
 }
 
 /// Not with an escape sequence, which not every terminal knows. Behind the line there may be the ^C

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -16,15 +17,26 @@ namespace kofs {
 /// writes only.
 class elapsed_time {
 public:
+    /// What the line shows after the time, asked for by the thread that writes it.
+    using details = std::function<std::string()>;
+
     /// A new one, or null when standard error is no terminal or there is no thread to be had.
     static std::unique_ptr<elapsed_time> shown(std::string const& command);
+    /// One for a command that ends by itself once `interrupted` says so: SIGINT ends the process only
+    /// the second time. Without `more` there is no line.
+    static std::unique_ptr<elapsed_time> shown(std::string const& command, details more);
+
+    /// Whether there was a SIGINT.
+    static bool interrupted() noexcept;
 
     elapsed_time(elapsed_time const&) = delete;
     elapsed_time& operator=(elapsed_time const&) = delete;
     ~elapsed_time();
 
 private:
-    explicit elapsed_time(std::string const& command);
+    elapsed_time(std::string const& command, bool has_line, bool is_interruptible, details more);
+    static std::unique_ptr<elapsed_time> made(std::string const& command, bool has_line,
+                                              bool is_interruptible, details more);
 
     void run();
     void draw(long seconds);
@@ -34,7 +46,10 @@ private:
 
     static constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-    std::string command_;
+    std::string const command_;
+    bool const has_line_;
+    bool is_interruptible_;
+    details const more_;
     std::string line_;  ///< what the terminal shows
     int stop_[2] = {-1, -1};
     sigset_t mask_before_;

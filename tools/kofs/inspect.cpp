@@ -30,19 +30,6 @@ using fs::detail::to_filesystem;
 
 namespace {
 
-char const* type_name(std::uint32_t type) {
-    switch (type) {
-        case fs::file_status::regular_file: return "regular file";
-        case fs::file_status::directory_file: return "directory";
-        case fs::file_status::symlink_file: return "symbolic link";
-        case fs::file_status::block_file: return "block device";
-        case fs::file_status::character_file: return "character device";
-        case fs::file_status::fifo_file: return "named pipe";
-        case fs::file_status::socket_file: return "socket";
-        default: return "unknown";
-    }
-}
-
 /// A year of more than four digits has six, and its sign.
 std::string iso_time(std::int64_t microseconds) {
     std::int64_t const part = (microseconds % 1'000'000 + 1'000'000) % 1'000'000;
@@ -126,6 +113,19 @@ json element(std::string const& path8, int& error) {
 }
 
 }  // namespace
+
+char const* type_name(std::uint32_t type) {
+    switch (type) {
+        case fs::file_status::regular_file: return "regular file";
+        case fs::file_status::directory_file: return "directory";
+        case fs::file_status::symlink_file: return "symbolic link";
+        case fs::file_status::block_file: return "block device";
+        case fs::file_status::character_file: return "character device";
+        case fs::file_status::fifo_file: return "named pipe";
+        case fs::file_status::socket_file: return "socket";
+        default: return "unknown";
+    }
+}
 
 std::string rwx(std::uint32_t permissions) {
     std::string text = "rwxrwxrwx";

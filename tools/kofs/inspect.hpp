@@ -10,6 +10,9 @@
 
 namespace kofs {
 
+/// The type of a `file_status` in words.
+char const* type_name(std::uint32_t type);
+
 /// A mode as "rwxr-xr-x", with s, t, S and T as ls(1) has them.
 std::string rwx(std::uint32_t permissions);
 

@@ -118,13 +118,6 @@ std::string cells_of(json const& row) {
     return cells;
 }
 
-void print_path(arguments const& given, std::string const& path) {
-    if (given.has("print0"))
-        std::cout << path << '\0';
-    else
-        std::cout << printed(from_filesystem(path)) << '\n';
-}
-
 int print_answer(command const& chosen, arguments const& given, json const& answer) {
     if (answer == "")
         throw std::runtime_error(given.operands.empty() || !given.operands[0].empty()
@@ -157,8 +150,8 @@ bool run_once(command const& chosen, arguments const& given, int& status) {
         if (chosen.kind == nature::takes_time && !given.json)
             time = elapsed_time::shown(given.command);
         json const answer = chosen.run(given);
-        if (chosen.kind == nature::narrates)
-            status = answer;
+        if (chosen.kind == nature::narrates || chosen.kind == nature::lists)
+            status = std::max<int>(status, answer);
         else if (chosen.kind == nature::answers)
             status = std::max(status, print_answer(chosen, given, answer));
         else if (given.json)
@@ -167,7 +160,8 @@ bool run_once(command const& chosen, arguments const& given, int& status) {
     } catch (std::exception const& error) {
         time.reset();
         status = std::max(status, report_failure(given, error));
-        return chosen.kind == nature::answers && status != wrong_usage;
+        bool const only_asks = chosen.kind == nature::answers || chosen.kind == nature::lists;
+        return only_asks && status != wrong_usage;
     }
 }
 
@@ -187,6 +181,13 @@ int run(command const& chosen, arguments const& given) {
         if (!run_once(chosen, one, status)) break;
     }
     return status;
+}
+
+void print_path(arguments const& given, std::string const& path) {
+    if (given.has("print0"))
+        std::cout << path << '\0';
+    else
+        std::cout << printed(from_filesystem(path)) << '\n';
 }
 
 void print_json(arguments const& given, char const* name, json const& value) {

@@ -17,6 +17,9 @@ int run(command const& chosen, arguments const& given);
 /// Reports a failure of any kind; gives 2 when it is wrong usage, else 1.
 int report_failure(arguments const& given, std::exception const& error);
 
+/// Prints a path on a line of its own, or ended by a zero byte with --print0.
+void print_path(arguments const& given, std::string const& path);
+
 /// Prints what a command was asked, and the member `name`, as one JSON object on one line.
 void print_json(arguments const& given, char const* name, json const& value);
 

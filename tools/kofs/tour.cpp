@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
@@ -12,6 +14,9 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+#include <boost/date_time/posix_time/posix_time_types.hpp>
 
 #include <ko/filesystem.hpp>
 
@@ -121,8 +126,7 @@ public:
 private:
     static void print(fs::FsysExceptionBase const& error) {
         std::string const& id = error.message_id();
-        std::cout << "\n  " << id.substr(id.rfind(':') + 1) << ": " << shown(error.path())
-                  << (error.path().empty() ? "" : ": ") << describe(error) << '\n';
+        std::cout << "\n  " << id.substr(id.rfind(':') + 1) << ": " << fs::describe(error) << '\n';
     }
 
     void begin(std::string const& what) {
@@ -158,6 +162,15 @@ void show_tree(guide& g, fs::upath const& tree) {
     g.show("create_symlink " + text(tree / u"dangling"),
            [&] { fs::create_symlink(u"nowhere", (tree / u"dangling").native()); });
 
+    g.show("create_hard_link", [&] { fs::create_hard_link(file, tree / u"other name"); });
+    g.show("resize_file, from 12 bytes to 5", [&] { fs::resize_file(tree / u"other name", 5); });
+    g.show("last_write_time, set to a day in 1969", [&] {
+        boost::posix_time::ptime const moon(boost::gregorian::date(1969, 7, 20));
+        fs::last_write_time(file, moon);
+        return fs::last_write_time(tree / u"other name") == moon;
+    });
+    g.show("ensure_directories, which are there", [&] { fs::ensure_directories(folder); });
+
     heading("Asking about it");
     for (fs::upath const& p :
          {file, tree / u"link", tree / u"dangling", tree / u"missing.tar.gz"}) {
@@ -180,6 +193,17 @@ void show_tree(guide& g, fs::upath const& tree) {
     g.show("read_symlink", [&] { return fs::read_symlink(tree / u"link"); });
     g.show("equivalent, the link and the file",
            [&] { return fs::equivalent(tree / u"link", file); });
+    g.show("hard_link_count, two names", [&] { return fs::hard_link_count(file) == 2; });
+    g.show("is_directory, is_regular_file and is_symlink", [&] {
+        return fs::is_directory(folder) && fs::is_regular_file(file) &&
+               fs::is_symlink(tree / u"dangling");
+    });
+    g.show("recursive_directory_iterator, the files and their bytes", [&] {
+        std::uint64_t files = 0, bytes = 0;
+        for (fs::directory_entry const& entry : fs::recursive_directory_iterator(tree))
+            if (!entry.is_symlink() && entry.is_regular_file()) ++files, bytes += entry.file_size();
+        return fs::detail::from_filesystem(std::to_string(files) + ", " + std::to_string(bytes));
+    });
     g.show("space, at least a byte is free", [&] { return fs::space(tree).free > 0; });
 }
 
@@ -203,6 +227,15 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
     auto const copy = scratch / u"Kopie";
     g.show("copy, recursive, links as links",
            [&] { fs::copy(tree, copy, copy_option::recursive | copy_option::copy_symlinks); });
+    g.show("copy, ended by its observer before the third entry", [&] {
+        try {
+            fs::copy(tree, scratch / u"part", copy_option::recursive | copy_option::copy_symlinks,
+                     [](fs::copy_step const& step) { return step.entries < 2; });
+        } catch (fs::SystemError const& error) {
+            return error.system_error_number() == ECANCELED;
+        }
+        return false;
+    });
     g.show("copy_file, through the link", [&] { fs::copy_file(tree / u"link", copy / u"f.txt"); });
     g.show("copy_file, update: as new already",
            [&] { fs::copy_file(tree / u"link", copy / u"f.txt", copy_option::update_existing); });
@@ -228,6 +261,10 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
     g.show("remove_symlink", [&] { fs::remove_symlink(moved / u"d"); });
     g.show("remove_directory", [&] { fs::remove_directory(moved / u"leer too"); });
     g.show("remove", [&] { fs::remove(moved / u"leer"); });
+    g.show("remove_if_exists, twice", [&] {
+        fs::remove_if_exists(moved / u"other name");
+        fs::remove_if_exists(moved / u"other name");
+    });
     g.show("remove, as a file",
            [&] { fs::remove(moved / u"dangling", fs::file_status::symlink_file); });
     g.show("remove_all", [&] { fs::remove_all(moved); });

@@ -4,7 +4,7 @@ _kofs_commands='
     tour explain status exists symlink-status status-express-light access permissions current-path
     change-current-path create-directory create-directories create-symlink rename remove
     remove-file remove-directory remove-symlink remove-all read-symlink absolute canonical
-    weakly-canonical relative copy copy-file copy-directory copy-symlink equivalent space
+    weakly-canonical relative list hard-link resize touch copy copy-file copy-directory copy-symlink equivalent space
     get-unc-path create-shortcut'
 
 _kofs_permissions='
@@ -22,8 +22,11 @@ _kofs_options() {
     permissions) echo --set= --add= --remove= --no-follow ;;
     create-symlink | remove) echo --file --directory ;;
     rename) echo --keep-times ;;
+    list) echo --recursive --follow-links --skip-denied --print0 ;;
+    touch) echo --time= ;;
     copy | copy-file)
         echo --overwrite --skip --update --recursive --copy-links --skip-links --create-links
+        [ "$1" = copy-file ] || echo --verbose --progress
         ;;
     esac
     [ "$1" = tour ] || echo --json
