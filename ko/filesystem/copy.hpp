@@ -47,6 +47,7 @@ namespace ko::filesystem {
 ///   InvalidArgument   `to` is `from` or lies below it, in a recursive copy (EINVAL), whatever the
 ///                     paths look like; nothing was made; path(): `from`, arguments(): `to`
 ///   PathNotFound      `from` is missing; path(): empty
+///   the class of the error number when `from` can't be examined; path(): empty
 ///   PathNotFound      what a followed link points to is missing; path(): the link
 ///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
 ///                     files; path(): `to`
@@ -137,6 +138,7 @@ KO_FILESYSTEM_API void copy_directory(std::u16string const& from, std::u16string
 ///                     link file is not permitted"); a link without a text in UTF-8 ("Target of the
 ///                     symbolic link does not exist"); path(): empty
 ///   PathNotFound      `from` is missing; path(): empty
+///   the class of the error number when `from` can't be examined; path(): empty
 ///   what `create_symlink` throws
 KO_FILESYSTEM_API void copy_symlink(upath const& from, upath const& to);
 /// The same for texts, used exactly as given: no native form is made, and a tilde is a name.
