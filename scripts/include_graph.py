@@ -6,7 +6,8 @@
 
 A header and the .cpp that includes it first are one module. A module includes only modules of its own
 floor and lower ones, without circles. A public header includes no internal header and no header of the
-operating system. The header of every std:: name is included, in a .cpp perhaps by its own header.
+operating system. An internal one says so in its first line. The header of every std:: name is included, in
+a .cpp perhaps by its own header.
 """
 import collections
 import graphlib
@@ -31,7 +32,7 @@ LAYERS = [
     ("operations", "what calls the system, and the error mapping", [
         "detail/current_directory detail/error_mapping posix/directory_stream posix/file_identity "
         "posix/foreign_rights",
-        "posix/native_text",
+        "posix/native_text posix/system_path",
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
@@ -60,7 +61,8 @@ def read_code():
     members, edges, wrong = collections.defaultdict(set), collections.Counter(), []
     graph, standard = collections.defaultdict(set), collections.defaultdict(set)
     for file in sorted((ROOT / "ko").rglob("*.[hc]pp"), key=lambda file: (file.suffix == ".cpp", file)):
-        name, code = file.relative_to(ROOT).as_posix(), re.sub("//.*", "", file.read_text(encoding="utf-8"))
+        name, text = file.relative_to(ROOT).as_posix(), file.read_text(encoding="utf-8")
+        code = re.sub("//.*", "", text)
         included = re.findall(r"^#include <ko/filesystem/([\w/]+)\.hpp>", code, re.M)
         module = re.sub(r"^ko/(filesystem/)?|\.hpp$", "", name)
         if file.suffix == ".cpp":
@@ -82,6 +84,8 @@ def read_code():
             header = next((header for header, names in STANDARD.items() if re.fullmatch(names, used)), None)
             if header not in standard[module]:
                 wrong.append(f"{name}: uses std::{used} without <{header or 'a header that STANDARD has'}>")
+        if file.suffix == ".hpp" and (module in installed) == text.startswith("// Internal: not installed."):
+            wrong.append(f"{name}: its first line and CMakeLists.txt disagree about whether it is installed")
         if file.suffix == ".hpp" and module in installed:
             wrong += [f"{name}: is public and includes {other}" for other in sorted(
                 set(included) - installed | set(re.findall(r"^#include <([\w/]+\.h)>", code, re.M)))]

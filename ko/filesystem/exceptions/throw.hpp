@@ -1,3 +1,4 @@
+// Internal: not installed.
 #pragma once
 
 #include <boost/exception/enable_current_exception.hpp>

@@ -33,6 +33,7 @@
 #include <ko/filesystem/posix/link_reader.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 #include <ko/filesystem/status.hpp>
 
 namespace ko::filesystem {

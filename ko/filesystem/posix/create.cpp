@@ -10,6 +10,7 @@
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/posix/link_maker.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

@@ -26,6 +26,7 @@
 #include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

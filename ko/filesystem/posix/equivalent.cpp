@@ -10,6 +10,7 @@
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/posix/boost_error.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

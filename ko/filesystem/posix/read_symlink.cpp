@@ -2,6 +2,7 @@
 
 #include <ko/filesystem/posix/link_reader.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

@@ -9,6 +9,7 @@
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/fault_path.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

@@ -7,6 +7,7 @@
 
 #include <ko/filesystem/posix/boost_error.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 

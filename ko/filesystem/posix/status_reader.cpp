@@ -10,7 +10,7 @@
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/exceptions.hpp>
-#include <ko/filesystem/posix/native_text.hpp>
+#include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem::detail {
 
