@@ -1,6 +1,6 @@
 #pragma once
 
-/// Everything public of the library.
+/// Includes every public header.
 
 #include <ko/filesystem/access.hpp>
 #include <ko/filesystem/attributes.hpp>

@@ -14,7 +14,7 @@
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
-/// Listing a directory, or a directory and all below it.
+/// Listing a directory, or a directory tree.
 ///
 /// for (directory_entry const& entry : directory_iterator(u"~/notes"))
 ///     if (entry.is_regular_file()) std::cout << entry.path() << '\n';
@@ -24,65 +24,65 @@ namespace detail {
 class directory_listing;
 }
 
-/// What a listing found under one name. It is a copy of its own, which outlives the iterator.
+/// One entry of a listing. It is an independent copy, which may outlive the iterator.
 ///
-/// Its path leads from the working directory if the listed path did; whatever asks the system does
-/// so by this path, also where the name is not UTF-8.
+/// Its path is relative if that of the listed directory is. Every member that queries the system
+/// does so by this path, also if the name is not UTF-8.
 class directory_entry {
 public:
-    /// An entry of nothing: its path is empty, its type `file_not_found`.
+    /// An empty entry: its path is empty, its type `file_not_found`.
     directory_entry() = default;
 
-    /// The path of the listed directory, a slash, and the name. A tilde in it is a name, also when
-    /// the path is appended to.
+    /// The path of the listed directory, a slash, and the name. Tildes in it are not expanded, nor
+    /// is that of a text appended to it.
     ///
-    /// Throws InvalidArgument "Invalid UTF-8" when the name, or that of a directory it was found in,
-    /// is not UTF-8; path(): the path with U+FFFD in place of each bad byte
+    /// Throws InvalidArgument "Invalid UTF-8" if the name, or that of a directory it was found in,
+    /// is not UTF-8; path(): the path with U+FFFD for each bad byte
     KO_FILESYSTEM_API upath const& path() const;
 
-    /// Whether `path` gives a path rather than throwing.
+    /// Whether `path` returns a path rather than throwing.
     bool has_path() const noexcept { return bytes_.empty(); }
 
-    /// The name as the system has it, without the directory.
+    /// The name in the bytes of the system, without the directory.
     std::string const& native_name() const noexcept { return name_; }
 
-    /// The type, one of `file_status`, a link not followed. What the listing said when it came to the
-    /// entry; asked for by lstat on file systems that list names only, where an entry that is gone is
-    /// `file_not_found`.
+    /// The type, one of `file_status`, a link not followed, as reported when the entry was listed.
+    /// On file systems that list names only, the result of lstat, with `file_not_found` for an
+    /// entry that no longer exists.
     ///
-    /// Throws the class of the error number when that lstat fails; path(): the entry's
+    /// Throws the class of the error number if that lstat fails; path(): the entry's
     KO_FILESYSTEM_API std::uint32_t type() const;
 
-    /// What is at the path now, links followed (stat) or not (lstat). `file_not_found` as
-    /// `ko::filesystem::status` says it.
+    /// The present status of the path, links followed (stat) or not (lstat). `file_not_found` in
+    /// the same cases as in `ko::filesystem::status`.
     ///
     /// Throws the class of the error number for every other failure; path(): the entry's, unlike in
     /// `ko::filesystem::status`
     KO_FILESYSTEM_API file_status status() const;
     KO_FILESYSTEM_API file_status symlink_status() const;
 
-    /// Whether this is a directory or a regular file, or a link that leads to one. The system is asked
-    /// for links only. False for a dangling link, and for one that leads below a file.
+    /// Whether this is a directory or a regular file, or a link to one. Only links need a system
+    /// call. False for a dangling link, and for one to a path below a file.
     ///
     /// Throws the class of the error number for every other failure; path(): the entry's
     KO_FILESYSTEM_API bool is_directory() const;
     KO_FILESYSTEM_API bool is_regular_file() const;
 
-    /// Throws as `type`.
+    /// Throws like `type`.
     bool is_symlink() const { return type() == file_status::symlink_file; }
 
-    /// The size in bytes of a regular file, or of the one that a link leads to (stat).
+    /// The size of a regular file in bytes, links followed (stat).
     ///
     /// Throws
     ///   FileIsDirectory   it is a directory; path(): the entry's
-    ///   InvalidArgument   it is neither file nor directory; path(): the entry's
-    ///   the class of the error number for every other failure, PathNotFound among them;
+    ///   InvalidArgument   it is neither a regular file nor a directory; path(): the entry's
+    ///   the class of the error number for every other failure, including PathNotFound;
     ///   path(): the entry's
     KO_FILESYSTEM_API std::uint64_t file_size() const;
 
     /// The time of the last write, in UTC with microseconds, links followed (stat).
     ///
-    /// Throws the class of the error number, PathNotFound among them; path(): the entry's
+    /// Throws the class of the error number, including PathNotFound; path(): the entry's
     KO_FILESYSTEM_API boost::posix_time::ptime last_write_time() const;
 
 private:
@@ -92,7 +92,7 @@ private:
 
     upath path_;
     std::string name_;
-    std::string bytes_;  ///< the whole path, where that is not UTF-8; else empty
+    std::string bytes_;  ///< the whole path if that is not UTF-8; else empty
     std::uint32_t type_ = file_status::file_not_found;
 };
 
@@ -102,9 +102,9 @@ KO_FILESYSTEM_API bool is_at_end(directory_listing const* listing) noexcept;
 KO_FILESYSTEM_API directory_entry const& current_entry(directory_listing const& listing) noexcept;
 KO_FILESYSTEM_API void advance(directory_listing* listing);
 
-/// What the two iterators have in common. As in std::filesystem they are input iterators: copies share
-/// one listing, and an entry is good until it is advanced. One without a listing is the end; to
-/// advance that does nothing, and it has no entry.
+/// The common part of both iterators. As in std::filesystem they are input iterators: copies share
+/// one listing, and a reference to an entry is valid until the next advance. An iterator without a
+/// listing is the end: advancing it does nothing, and it must not be dereferenced.
 template <class Iterator>
 class entry_iterator {
 public:
@@ -114,7 +114,7 @@ public:
     using pointer = directory_entry const*;
     using reference = directory_entry const&;
 
-    /// The entry that `*it++` gives.
+    /// The entry that `*it++` returns.
     class past_entry {
     public:
         explicit past_entry(directory_entry entry) : entry_(std::move(entry)) {}
@@ -127,7 +127,8 @@ public:
     reference operator*() const noexcept { return current_entry(*listing_); }
     pointer operator->() const noexcept { return &**this; }
 
-    /// To the next entry. Throws as the iterator's class says; then it is at its end.
+    /// Advances to the next entry. Throws what the constructor throws; the iterator is then at its
+    /// end.
     Iterator& operator++() {
         advance(listing_.get());
         return static_cast<Iterator&>(*this);
@@ -160,64 +161,64 @@ protected:
 
 }  // namespace detail
 
-/// Goes through the entries of one directory, in the system's order, without "." and "..". Whether
-/// entries that come or go meanwhile are met is the system's matter (readdir). The directory is open,
-/// with close-on-exec, until the end.
+/// Iterates over the entries of one directory, in the system's order, without "." and "..". Whether
+/// it lists entries that are made or removed meanwhile depends on the system (readdir). The
+/// directory is open, with close-on-exec, until the end.
 class directory_iterator : public detail::entry_iterator<directory_iterator> {
 public:
     /// The end.
     directory_iterator() = default;
 
-    /// Opens `p`, a link to a directory also, and goes to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry.
     ///
-    /// Throws, here and when it is advanced,
+    /// Throws, as does each advance,
     ///   InvalidArgument     `p` is empty ("Empty Path not permitted"); path(): empty
-    ///   PathNotFound        nothing is there; path(): `p`
-    ///   NotDirectoryError   something else is there; path(): `p`
+    ///   PathNotFound        `p` does not exist; path(): `p`
+    ///   NotDirectoryError   `p` is not a directory; path(): `p`
     ///   the class of the error number for every other failure to open or to read; path(): `p`
     KO_FILESYSTEM_API explicit directory_iterator(
         upath const& p, directory_option options = directory_option::none);
-    /// The same for text, brought into native form first: leading ~ expanded, // collapsed.
+    /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
     KO_FILESYSTEM_API explicit directory_iterator(
         std::u16string const& p, directory_option options = directory_option::none);
 };
 
-/// Goes through the entries of a directory and of all directories below it, each directory before what
-/// is in it. One directory is open per level, and memory does not grow with the number of entries.
-/// Directories are entered from the one above, so that a path may become longer than the system takes,
-/// and a directory that is exchanged for a link is not followed.
+/// Iterates over the entries of a directory and of all directories below it, each directory before
+/// its contents. One directory is open per level, and memory does not grow with the number of
+/// entries. Directories are opened relative to their parent, so that paths may exceed the system's
+/// limit, and a directory that is replaced by a link is not followed.
 ///
-/// A directory that is gone when it is to be entered, or is none any more, counts as empty. With
-/// `follow_directory_symlinks` so does what a dangling link or a loop of links names; a link that leads
-/// back to a directory being listed is listed and not entered.
+/// A directory that no longer exists when it is entered, or no longer is a directory, counts as
+/// empty. With `follow_directory_symlinks` so does a dangling link or a loop of links; a link back
+/// to a directory that is being listed is listed, but not entered.
 class recursive_directory_iterator : public detail::entry_iterator<recursive_directory_iterator> {
 public:
     /// The end.
     recursive_directory_iterator() = default;
 
-    /// Opens `p`, a link to a directory also, and goes to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry.
     ///
-    /// Throws, here and when it is advanced,
-    ///   as directory_iterator for `p`
-    ///   the class of the error number when a directory can't be opened or read, AccessDenied among
-    ///   them, or SystemError with EMFILE in a tree deeper than the limit of descriptors;
+    /// Throws, as does each advance,
+    ///   what directory_iterator throws for `p`
+    ///   the class of the error number if a directory can't be opened or read, such as
+    ///   AccessDenied, or SystemError with EMFILE in a tree deeper than the limit of descriptors;
     ///   path(): that directory
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
         upath const& p, directory_option options = directory_option::none);
-    /// The same for text, brought into native form first: leading ~ expanded, // collapsed.
+    /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
         std::u16string const& p, directory_option options = directory_option::none);
 
-    /// How many directories lie between the one given and the entry: 0 for its own entries.
+    /// The depth of the entry: 0 for the entries of the directory given to the constructor.
     KO_FILESYSTEM_API int depth() const noexcept;
 
-    /// Whether the next advance enters the entry, if that is a directory.
+    /// Whether the next advance enters the entry if that is a directory.
     KO_FILESYSTEM_API bool recursion_pending() const noexcept;
-    /// Makes the next advance, and no later one, pass the entry by.
+    /// Makes the next advance, and only that one, not enter the entry.
     KO_FILESYSTEM_API void disable_recursion_pending() noexcept;
 
-    /// Leaves the directory that the entry is in and goes to what follows that; to the end from depth 0.
-    /// Throws as an advance does.
+    /// Leaves the directory of the entry and advances to what follows it; from depth 0 to the end.
+    /// Throws like an advance.
     KO_FILESYSTEM_API void pop();
 };
 

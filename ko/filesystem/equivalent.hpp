@@ -7,8 +7,8 @@
 
 namespace ko::filesystem {
 
-/// Whether `a` and `b` lead to one and the same file, links followed. False when one of them is
-/// empty or has no UTF-8 form, and when one of them is missing.
+/// Whether `a` and `b` are the same file, links followed. False if one of them is empty, has no
+/// UTF-8 form, or is missing.
 ///
 /// Throws
 ///   InvalidArgument   both are empty ("Empty Path not permitted"); path(): empty
@@ -17,7 +17,7 @@ namespace ko::filesystem {
 ///   the class of the error number for every other failure; paths as for `copy_file`, with only the
 ///   low byte of each UTF-16 unit
 KO_FILESYSTEM_API bool equivalent(upath const& a, upath const& b);
-/// The same for texts, used exactly as given: no native form is made, and a tilde is a name.
+/// The same for texts, used exactly as given: no native form, no tilde expansion.
 KO_FILESYSTEM_API bool equivalent(std::u16string const& a, std::u16string const& b);
 
 }  // namespace ko::filesystem

@@ -6,12 +6,12 @@
 
 namespace ko::filesystem {
 
-/// What `status` and `symlink_status` say of a file. A new one says that nothing was found.
+/// The result of `status` and `symlink_status`. By default `file_not_found`.
 ///
 /// Times are in UTC with microseconds, rounded down from the system's nanoseconds; a time that 64
-/// bits of microseconds do not hold is one of Date_Time's infinities.
+/// bits of microseconds can't hold is one of Date_Time's infinities.
 struct file_status {
-    // Types. `file_not_found` is no type of the system's; `file_type_auto` is an argument only.
+    // Types. The system has no type `file_not_found`; `file_type_auto` is an argument only.
     static constexpr std::uint32_t file_not_found = 0xFFFF0000;
     static constexpr std::uint32_t file_type_mask = 0xF000;
     static constexpr std::uint32_t file_type_unknown = 0x0;
@@ -23,7 +23,7 @@ struct file_status {
     static constexpr std::uint32_t character_file = 0x2000;
     static constexpr std::uint32_t fifo_file = 0x1000;
     static constexpr std::uint32_t socket_file = 0xC000;
-    static constexpr std::uint32_t reparse_file = 0xE000;  ///< of other platforms
+    static constexpr std::uint32_t reparse_file = 0xE000;  ///< on other platforms
 
     // Permissions.
     static constexpr std::uint32_t no_perms = 0x0;
@@ -46,12 +46,12 @@ struct file_status {
     static constexpr std::uint32_t perms_mask = 0xFFFF;
     static constexpr std::uint32_t perms_unknown = 0xFFFF;
 
-    // How permissions are changed.
+    // Modifiers for `permissions`.
     static constexpr std::uint32_t perms_add = 0x10000;
     static constexpr std::uint32_t perms_remove = 0x20000;
     static constexpr std::uint32_t perms_symlink = 0x40000;
 
-    // Attributes of other platforms; their values overlap those of the types.
+    // Attributes on other platforms; their values overlap those of the types.
     static constexpr std::uint32_t archive_file = 0x1000;
     static constexpr std::uint32_t system_file = 0x2000;
     static constexpr std::uint32_t hidden_file = 0x4000;
@@ -65,10 +65,10 @@ struct file_status {
     std::uint64_t size = 0;  ///< in bytes; the length of the text for a link
 };
 
-/// What `status_express_light` says of a file. A new one says that nothing was found.
+/// The result of `status_express_light`. By default `file_not_found`.
 struct file_status_light {
-    /// The type bits of the mode as the system has them, not translated: 0xE000 stays 0xE000 here
-    /// and is `file_type_unknown` in `file_status`. Or `file_status::file_not_found`.
+    /// The type bits of the system's mode, untranslated: 0xE000 stays 0xE000 here and is
+    /// `file_type_unknown` in `file_status`. Or `file_status::file_not_found`.
     std::uint32_t type = file_status::file_not_found;
     boost::posix_time::ptime last_write_time;
     std::uint64_t size = 0;  ///< in bytes

@@ -4,17 +4,17 @@
 
 namespace ko::filesystem {
 
-/// What `copy` and `copy_file` do; combined with |. `copy_symlinks` and `skip_symlinks`
+/// Options of `copy` and `copy_file`; combined with |. `copy_symlinks` and `skip_symlinks`
 /// exclude each other, and so do `overwrite_if_exists`, `skip_existing` and `update_existing`.
 enum class copy_option : unsigned int {
-    none = 0,                 ///< an existing destination is an error, but for `copy_directory`
+    none = 0,                 ///< an existing destination is an error, except for `copy_directory`
     overwrite_if_exists = 1,  ///< replace an existing destination file
     skip_existing = 2,        ///< leave an existing destination alone, silently
-    update_existing = 4,      ///< replace a destination that is older or no regular file
-    recursive = 8,            ///< copy a directory with all it holds (`copy`)
+    update_existing = 4,      ///< replace a destination that is older or not a regular file
+    recursive = 8,            ///< copy a directory with its contents (`copy`)
     copy_symlinks = 16,       ///< copy a link as a link, not what it points to (`copy`)
     skip_symlinks = 32,       ///< ignore links (`copy`)
-    create_symlinks = 64,     ///< instead of copying, make a link to the source
+    create_symlinks = 64,     ///< make a link to the source instead of copying
 };
 
 constexpr copy_option operator|(copy_option a, copy_option b) noexcept {
@@ -33,11 +33,11 @@ constexpr copy_option& operator|=(copy_option& a, copy_option b) noexcept { retu
 constexpr copy_option& operator&=(copy_option& a, copy_option b) noexcept { return a = a & b; }
 constexpr copy_option& operator^=(copy_option& a, copy_option b) noexcept { return a = a ^ b; }
 
-/// How a directory is listed; combined with |.
+/// Options of the directory iterators; combined with |.
 enum class directory_option : unsigned int {
     none = 0,
-    follow_directory_symlinks = 1,  ///< enter a link to a directory as well
-    skip_permission_denied = 2,     ///< a directory that may not be opened (EACCES) counts as empty
+    follow_directory_symlinks = 1,  ///< enter links to directories
+    skip_permission_denied = 2,     ///< treat a directory that can't be opened (EACCES) as empty
 };
 
 constexpr directory_option operator|(directory_option a, directory_option b) noexcept {
@@ -62,16 +62,16 @@ constexpr directory_option& operator^=(directory_option& a, directory_option b) 
     return a = a ^ b;
 }
 
-/// How `rename` moves to another file system.
+/// Options of `rename` for moves to another file system.
 struct rename_options {
     constexpr rename_options() noexcept : preserve_last_write_time(0) {}
 
-    /// Give every regular file that had to be copied the last-write time of its source; `rename` says
-    /// which are left out.
+    /// Set the last-write time of every copied regular file to that of its source; see `rename` for
+    /// the exceptions.
     std::uint16_t preserve_last_write_time : 1;
 };
 
-/// What `space` tells of a file system, in bytes.
+/// The result of `space`, in bytes.
 struct space_info {
     std::uint64_t capacity;
     std::uint64_t free;

@@ -19,26 +19,27 @@ template <class Native>
 struct std_path;
 }  // namespace detail
 
-/// A path as the operations take it: UTF-16 text in native form (a leading tilde expanded, single
-/// slashes, none at the end but for the root), and whether what is appended has a leading tilde
-/// expanded. Making one looks up nothing but home directories; "." and ".." stay.
+/// A path for the operations: UTF-16 text in native form (a leading tilde expanded, single slashes,
+/// none at the end except the root's), and a flag whether a leading tilde of appended text is
+/// expanded. Constructing one looks up home directories only; "." and ".." stay.
 ///
-/// - Joining a tilde that expands to nothing, for want of a home, leaves a slash at the end: "a/".
+/// - Joining a tilde that expands to nothing, since there is no home, leaves a slash at the end:
+///   "a/".
 /// - A tilde that was kept is expanded by `copy`, `canonical`, `weakly_canonical`, `relative`,
 ///   `get_unc_path` and the option `create_symlinks`. Write "./~x" to name a file "~x" everywhere.
 ///
-/// Unlike std::filesystem::path: joining an absolute path throws instead of replacing, an extension
-/// comes without its dot, and two paths are equal when their texts are.
+/// Unlike with std::filesystem::path, joining an absolute path throws instead of replacing, an
+/// extension has no dot, and two paths are equal if their texts are.
 template <class Native, class Internal, class Traits>
 class basic_path {
-    /// A text on its own, and not what a path is made from implicitly.
+    /// A text, but nothing that converts to a path implicitly.
     template <class Text>
     static constexpr bool is_text =
         std::is_convertible_v<Text const&, std::basic_string_view<Internal>> &&
         !std::is_convertible_v<Text const&, basic_path>;
     template <class Text>
     using if_text = std::enable_if_t<is_text<Text>, bool>;
-    // A template: what is an argument for the overload with a text today goes on to be one.
+    // A template, so that arguments which convert to a text still select the overload for text.
     template <class Path>
     using if_path = std::enable_if_t<std::is_same_v<Path, basic_path>, basic_path>;
 
@@ -51,15 +52,14 @@ public:
     /// The empty path.
     basic_path() = default;
 
-    /// The path of `text`, brought into native form; a leading tilde is expanded when
-    /// `expand_tilde`.
+    /// The path of `text`, converted to native form; a leading tilde is expanded if `expand_tilde`.
     explicit basic_path(string_type const& text, bool expand_tilde = true)
         : text_(Traits::make_native_form(text, expand_tilde)), expand_tilde_(expand_tilde) {}
 
     /// The path of a UTF-8 text.
-    /// Throws InvalidArgument "Invalid UTF-8" when it isn't valid; path(): `text` with U+FFFD in
-    /// place of each bad byte. Also, for a text beyond ASCII, in a thread whose converter could not
-    /// be opened; path(): empty (see detail/encoding.hpp).
+    /// Throws InvalidArgument "Invalid UTF-8" if it isn't valid; path(): `text` with U+FFFD for
+    /// each bad byte. Also for a text beyond ASCII in a thread whose converter could not be opened;
+    /// path(): empty (see detail/encoding.hpp).
     static basic_path from_utf8(native_string_type const& text, bool expand_tilde = true) {
         return basic_path(Traits::from_native(text), expand_tilde);
     }
@@ -71,9 +71,9 @@ public:
         return from_utf8(native_string_type(std::basic_string_view<Native>(text)), expand_tilde);
     }
 
-    /// The path that names what `p` names: a tilde in it is a name. `expand_tilde` is for what is
-    /// joined later. Needs ko/filesystem/std_path.hpp.
-    /// Throws as `from_utf8`.
+    /// The path of the file that `p` names: a tilde in it is not expanded. `expand_tilde` applies
+    /// to text that is joined later. Needs ko/filesystem/std_path.hpp.
+    /// Throws like `from_utf8`.
     template <class Char = Native>
     static basic_path from_std(typename detail::std_path<Char>::type const& p,
                                bool expand_tilde = false) {
@@ -86,7 +86,7 @@ public:
         return string();
     }
 
-    /// The same text, which is not expanded again, with another flag.
+    /// The same text, not expanded again, with another flag.
     basic_path with_expand_tilde(bool expand_tilde) const {
         basic_path other(*this);
         other.expand_tilde_ = expand_tilde;
@@ -103,12 +103,12 @@ public:
     bool expand_tilde() const noexcept { return expand_tilde_; }
     bool empty() const noexcept { return text_.empty(); }
 
-    /// The text in UTF-8, as the system is given it: an unpaired surrogate is U+FFFD there, or the
-    /// result is empty when it is a high one at the end.
+    /// The text in UTF-8, as passed to the system: an unpaired surrogate becomes U+FFFD, but a high
+    /// one at the end makes the result empty.
     native_string_type string() const { return Traits::to_native(text_); }
 
-    /// Doesn't compile and says what does: the text is UTF-16, and no UTF-8 lies ready to point at.
-    /// libstdc++'s file streams take anything with this function and the next for a path.
+    /// Doesn't compile, and says what to use: the text is UTF-16, so there is no UTF-8 to point to.
+    /// libstdc++'s file streams accept as a path anything with this function and the next.
     template <class Char = Native>
     Char const* c_str() const {
         static_assert(sizeof(Char) == 0, "write p.string(), which is UTF-8: a upath is UTF-16");
@@ -120,8 +120,8 @@ public:
     bool is_absolute() const { return Traits::is_absolute(text_); }
     bool is_relative() const { return !is_absolute(); }
 
-    /// The elements, each a path: "/" first when there is one, then the names. The iterators are
-    /// valid while this path stays as it is.
+    /// The elements, each a path: "/" first if there is one, then the names. The iterators are
+    /// valid until this path changes.
     const_iterator begin() const { return const_iterator(*this, 0); }
     const_iterator end() const { return const_iterator(*this, text_.size()); }
 
@@ -145,15 +145,15 @@ public:
     bool has_stem() const { return !stem().empty(); }
     bool has_extension() const { return !extension().empty(); }
 
-    /// This path without "." and "..", as far as the text tells: links are not looked at. See
+    /// This path without "." and "..", by its text alone: links are not resolved. See
     /// `detail::lexically_normal`.
     basic_path lexically_normal() const { return part(Traits::lexically_normal(text_)); }
-    /// How to reach this path from `base`, as far as the texts tell; empty when they don't. See
+    /// This path relative to `base`, by the texts alone; empty if there is no such path. See
     /// `detail::lexically_relative`.
     basic_path lexically_relative(basic_path const& base) const {
         return part(Traits::lexically_relative(text_, base.text_));
     }
-    /// The same, or this path when that is empty.
+    /// The same, or this path if that is empty.
     basic_path lexically_proximate(basic_path const& base) const {
         basic_path const way = lexically_relative(base);
         return way.empty() ? *this : way;
@@ -165,23 +165,23 @@ public:
         return *this;
     }
 
-    /// Joins `name` to the parent path, or to the root when that is all there is.
-    /// Throws as `operator/=`, and leaves this path as it was.
+    /// Joins `name` to the parent path, or to the root if this path is the root.
+    /// Throws like `operator/=`, and leaves this path unchanged then.
     basic_path& replace_filename(string_type const& name) { return replace_last(name); }
-    /// The same for a path: a tilde in `name` is a name.
+    /// The same for a path: a tilde in `name` is not expanded.
     basic_path& replace_filename(basic_path const& name) { return replace_last(name); }
 
-    /// Gives the last element the extension `ext`, with its dot or without; see
-    /// `detail::replace_extension` for what is left as it is.
+    /// Gives the last element the extension `ext`, with or without its dot; see
+    /// `detail::replace_extension` for what is left unchanged.
     /// Throws InvalidArgument "Invalid extension".
     basic_path& replace_extension(string_type const& ext) {
         Traits::replace_extension(text_, ext);
         return *this;
     }
 
-    /// Appends `right` in native form behind a slash. An empty `right` adds nothing.
-    /// Throws InvalidArgument "Absolute path not permitted" when `right` (its tilde expanded, if
-    /// this path does that) begins with a slash and this path is not empty.
+    /// Appends a slash and `right` in native form. An empty `right` appends nothing.
+    /// Throws InvalidArgument "Absolute path not permitted" if `right` (its tilde expanded, if this
+    /// path does that) begins with a slash and this path is not empty.
     basic_path& operator/=(string_type const& right) {
         if (!right.empty()) Traits::concatenate_pathname(text_, right, expand_tilde_);
         return *this;
@@ -196,7 +196,7 @@ public:
         return joined;
     }
 
-    /// The same for a path: a tilde in `right` is a name.
+    /// The same for a path: a tilde in `right` is not expanded.
     template <class Path>
     if_path<Path>& operator/=(Path const& right) {
         if (!right.empty()) Traits::concatenate_pathname(text_, right.text_, false);
@@ -209,7 +209,7 @@ public:
         return joined;
     }
 
-    // By UTF-16 units, and not by elements: "a.b" comes before "a/b".
+    // By UTF-16 units, not by elements: "a.b" comes before "a/b".
     friend bool operator==(basic_path const& a, basic_path const& b) noexcept {
         return a.text_ == b.text_;
     }
@@ -221,7 +221,7 @@ public:
     friend bool operator<=(basic_path const& a, basic_path const& b) noexcept { return !(b < a); }
     friend bool operator>=(basic_path const& a, basic_path const& b) noexcept { return !(a < b); }
 
-    /// With a text exactly as given: no native form of it is made.
+    /// Compares with the text exactly as given, not with its native form.
     template <class Text>
     friend if_text<Text> operator==(basic_path const& p, Text const& text) noexcept {
         return p.text_ == std::basic_string_view<Internal>(text);
@@ -245,7 +245,7 @@ public:
     }
 
 private:
-    /// A piece of this path: native already, so that a tilde in it is a name.
+    /// A part of this path: already native, so a tilde in it is not expanded.
     basic_path part(string_type&& text) const {
         basic_path piece;
         piece.text_ = std::move(text);
@@ -266,7 +266,7 @@ private:
     bool expand_tilde_ = true;
 };
 
-/// Gives the elements of a path as paths of their own, which live on without it.
+/// Iterates over the elements of a path. The elements are paths that may outlive it.
 template <class Native, class Internal, class Traits>
 class basic_path<Native, Internal, Traits>::const_iterator {
 public:
@@ -334,7 +334,7 @@ using upath = basic_path<char, char16_t, detail::path_traits<char, char16_t>>;
 
 }  // namespace ko::filesystem
 
-/// The hash of the path's text; whether it expands tildes takes no part.
+/// The hash of the path's text; the flag for tildes is not part of it.
 template <>
 struct std::hash<ko::filesystem::upath> {
     std::size_t operator()(ko::filesystem::upath const& p) const noexcept {

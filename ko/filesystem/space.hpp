@@ -6,12 +6,11 @@
 
 namespace ko::filesystem {
 
-/// The size of the file system that holds `p`, and what is free of it. There is no overload for
-/// text.
+/// The size and the free space of the file system that contains `p`. There is no overload for text.
 ///
 /// Throws
 ///   InvalidArgument   `p` is empty ("Empty Path not permitted"); path(): empty
-///   the class of the error number, PathNotFound among them; path(): `p`, with only the low byte of
+///   the class of the error number, including PathNotFound; path(): `p`, with only the low byte of
 ///   each UTF-16 unit
 KO_FILESYSTEM_API space_info space(upath const& p);
 

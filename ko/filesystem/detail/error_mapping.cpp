@@ -17,8 +17,8 @@ namespace ko::filesystem::detail {
 
 namespace {
 
-/// The path for the report. A conversion that fails must not hide the failure that is reported:
-/// each byte is widened then, with its sign, so that bytes from 0x80 on become U+FF80 to U+FFFF.
+/// The path for the report. A failed conversion must not hide the failure being reported: in that
+/// case each byte is sign-extended, so that bytes from 0x80 become U+FF80 to U+FFFF.
 std::u16string reported(std::string_view path8) {
     try {
         return from_filesystem(std::string(path8));
@@ -31,14 +31,14 @@ std::u16string reported(std::string_view path8) {
     }
 }
 
-/// The one argument, which is there even when it is empty.
+/// The only argument, present even if it is empty.
 std::vector<std::u16string> reported_argument(std::string_view path8) {
     return {path8.empty() ? std::u16string() : reported(path8)};
 }
 
-// What is made for an exception goes before it is thrown, and each class is thrown by a function of
-// its own: what the unwinding has to destroy, and to look through for that, costs more than all the
-// rest of a report.
+// Temporaries are destroyed before the throw, and each class is thrown by a function of its own:
+// objects to destroy, and tables to search for them, make unwinding cost more than the rest of a
+// report.
 
 template <class Error>
 [[noreturn, gnu::noinline]] void throw_with_path(std::string_view path8) {

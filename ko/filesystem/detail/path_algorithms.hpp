@@ -11,9 +11,9 @@
 #include <ko/filesystem/detail/text_scan.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 
-/// The path text algorithms, once for UTF-8 and UTF-16. What they return as a view lies in their
-/// argument. The functions that callers see stand, with their documentation, in the headers
-/// path_decomposition.hpp, path_expansion.hpp and path_composition.hpp.
+/// The path text algorithms, once for UTF-8 and UTF-16. The views they return point into their
+/// argument. The public functions, with their documentation, are in path_decomposition.hpp,
+/// path_expansion.hpp and path_composition.hpp.
 namespace ko::filesystem::detail::algorithm {
 
 template <class CharT>
@@ -63,8 +63,8 @@ view<CharT> filename(view<CharT> p) noexcept {
     return separator == p.npos || is_root(p) ? p : p.substr(separator + 1);
 }
 
-/// What follows the last dot of the last element, and nothing where that has none: so a dot that
-/// makes the name "." or ".." has nothing behind it.
+/// The text after the last dot of the last element, empty if it has none. So "." and "..", which
+/// end with their last dot, have no extension either.
 template <class CharT>
 view<CharT> extension(view<CharT> p) noexcept {
     for (std::size_t i = p.size(); i-- != 0 && !is_separator(p[i]);)
@@ -78,7 +78,7 @@ struct name_parts {
     view<CharT> extension;
 };
 
-/// Cuts a name at its last dot, which goes to neither part.
+/// Splits a name at its last dot, which belongs to neither part.
 template <class CharT>
 name_parts<CharT> split_name(view<CharT> name) noexcept {
     std::size_t const dot = name.rfind(pathname_traits<CharT>::DOT_CHARACTER);
@@ -105,7 +105,7 @@ bool has_trailing_separator(view<CharT> p) noexcept {
     return p.size() > 1 && is_separator(p.back());
 }
 
-/// Leaves one of the separators that follow each other, and none at the end but the root's.
+/// Collapses runs of separators, and removes one at the end unless it is the root.
 template <class CharT>
 void tidy_separators(text<CharT>& p) noexcept {
     auto const both = [](CharT a, CharT b) { return is_separator(a) && is_separator(b); };
@@ -133,7 +133,7 @@ text<CharT> native_form(text<CharT> const& p, bool expand_tilde) {
     return native;
 }
 
-/// `p` behind `start`, both as they stand; empty when `start` is.
+/// `p` appended to `start`, both unchanged; empty if `start` is.
 template <class CharT>
 text<CharT> joined(view<CharT> start, view<CharT> p) {
     text<CharT> result;
@@ -155,10 +155,10 @@ text<CharT>& concatenate(text<CharT>& base, text<CharT> const& addition, bool ex
     if (base.empty()) return base = piece;
     if (is_absolute<CharT>(piece)) throw_invalid_argument("Absolute path not permitted");
 
-    // `addition` may be `base` itself: its length is taken before `base` grows, its place after.
+    // `addition` may be `base` itself: read its length before `base` grows, its data after.
     std::size_t const length = piece.size();
     bool const separated = is_separator(base.back());
-    base.reserve(base.size() + 1 + length);  // behind this nothing can fail
+    base.reserve(base.size() + 1 + length);  // nothing below can fail
     if (!separated) base += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
     return base.append(piece.data(), length);
 }

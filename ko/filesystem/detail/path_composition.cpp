@@ -52,9 +52,9 @@ std::u16string& replace_extension(std::u16string& p, std::u16string const& ext) 
     std::size_t const kept = has_extension ? p.size() - name.size() + dot : p.size();
     bool const brings_dot = ext.front() == traits::DOT_CHARACTER;
 
-    p.reserve(kept + 1 + ext.size());  // behind this nothing can fail
+    p.reserve(kept + 1 + ext.size());  // nothing below can fail
     if (brings_dot) return p.replace(kept, p.npos, ext);
-    // The dot of an old extension stays. `ext` may be `p` itself: it is taken before that changes.
+    // The dot of an old extension stays. `ext` may be `p` itself: it is read before `p` changes.
     p.replace(has_extension ? kept + 1 : kept, p.npos, ext);
     if (!has_extension) p.insert(kept, 1, traits::DOT_CHARACTER);
     return p;

@@ -6,9 +6,9 @@
 
 namespace ko::filesystem {
 
-/// The characters and names that the path algorithms compare with, and the conversions that differ
-/// between UTF-8 (`char`) and UTF-16 (`char16_t`) text. There are no drive letters and no root
-/// names: the separator is the slash, the one root is "/".
+/// The characters and names used by the path algorithms, and the conversions that differ between
+/// UTF-8 (`char`) and UTF-16 (`char16_t`) text. There are no drive letters and no root names: the
+/// separator is the slash, the one root is "/".
 template <class CharT>
 struct pathname_traits;
 
@@ -28,10 +28,10 @@ struct KO_FILESYSTEM_API pathname_traits<char> {
 
     /// `p` with a leading "~" or "~name" replaced by that user's home directory.
     ///
-    /// The own home is the environment variable HOME, asked for at every call; where it is unset or
-    /// empty, what the user database says of the real user id. "~" and "~/" give the home alone. An
-    /// own home that can't be found gives an empty text whatever follows the tilde; an unknown
-    /// "~name" stays as it is.
+    /// The user's own home is the environment variable HOME, read by every call; if it is unset or
+    /// empty, the home directory of the real user id in the user database. "~" and "~/" become the
+    /// home alone. If the own home can't be found, the result is empty whatever follows the tilde;
+    /// an unknown "~name" stays unchanged.
     static std::string replace_tilde_with_home_dir(std::string const& p);
 };
 
@@ -49,9 +49,9 @@ struct KO_FILESYSTEM_API pathname_traits<char16_t> {
     static constexpr char16_t const* PARENT_DIRECTORY = u"..";
     static constexpr char16_t const* PATH_SEPARATOR = u":";  ///< between the paths of a list
 
-    /// The same as for UTF-8 text, which `p` is converted to and back from, with a tilde or without
-    /// one. Empty when either conversion fails: for a `p` that ends with an unpaired high surrogate,
-    /// and for a home directory that isn't UTF-8.
+    /// The same as for UTF-8 text, to which `p` is converted and back, with or without a tilde.
+    /// Empty if either conversion fails: for a `p` that ends with an unpaired high surrogate, and
+    /// for a home directory that isn't UTF-8.
     static std::u16string replace_tilde_with_home_dir(std::u16string const& p);
 
     /// The same as `detail::to_filesystem`.

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t user_record_bytes = 1024;
 
-/// The home directory of the user record that `look_up` finds; empty when it finds none.
+/// The home directory in the user record that `look_up` finds; empty if it finds none.
 template <class LookUp>
 std::string home_in_user_database(LookUp look_up) {
     ::passwd record;
@@ -41,7 +41,7 @@ std::string own_home() {
 }
 
 std::string home_of(std::string const& user) {
-    // The database call would take the text before the zero for the name.
+    // The database call would take the text before the zero as the name.
     if (user.find('\0') != user.npos) return {};
     return home_in_user_database(
         [&user](auto... result) { return ::getpwnam_r(user.c_str(), result...); });
@@ -53,8 +53,8 @@ bool names_own_home(std::basic_string<CharT> const& p) noexcept {
            (p.size() == 1 || detail::algorithm::is_separator(p[1]));
 }
 
-/// `home` with what follows the tilde of `p`. "~/" gives no trailing slash, and without a home
-/// nothing of `p` is kept.
+/// `home`, followed by the part of `p` after the tilde. "~/" results in no trailing slash, and if
+/// there is no home, nothing of `p` is kept.
 template <class CharT>
 std::basic_string<CharT> below_own_home(std::string const& home,
                                         std::basic_string<CharT> const& p) {

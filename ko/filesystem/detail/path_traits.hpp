@@ -12,7 +12,7 @@
 namespace ko::filesystem::detail {
 
 /// The text algorithms of a path class: `Native` is the character type of the file system's text,
-/// `Internal` that of the text kept. Every member does what the free function of its name does.
+/// `Internal` that of the stored text. Every member does the same as the free function of its name.
 template <class Native, class Internal>
 struct path_traits;
 
@@ -52,14 +52,14 @@ struct KO_FILESYSTEM_API path_traits<char16_t, char16_t> {
     static std::u16string lexically_relative(std::u16string const& p, std::u16string const& base);
 };
 
-/// On UTF-16 text for a UTF-8 file system: what `upath` is built on.
+/// On UTF-16 text for a UTF-8 file system: the traits of `upath`.
 template <>
 struct KO_FILESYSTEM_API path_traits<char, char16_t> : path_traits<char16_t, char16_t> {
-    /// As `detail::to_filesystem`.
+    /// The same as `detail::to_filesystem`.
     static std::string to_native(std::u16string const& text);
     /// The UTF-16 text of `native`.
-    /// Throws InvalidArgument "Invalid UTF-8" when it has none; path(): `native` with U+FFFD in
-    /// place of each bad byte.
+    /// Throws InvalidArgument "Invalid UTF-8" if it has none; path(): `native` with U+FFFD for each
+    /// bad byte.
     static std::u16string from_native(std::string const& native);
 };
 

@@ -8,12 +8,11 @@
 #include <string_view>
 #include <type_traits>
 
-/// Questions about a whole text that every operation asks, which makes them worth vector code. It
-/// is written out, since compilers find it in the plain loop at their highest level only, or not at
-/// all.
+/// Predicates over a whole text. Every operation uses them, so they are worth vector code, which is
+/// explicit since compilers vectorise the plain loop at their highest level only, or not at all.
 namespace ko::filesystem::detail {
 
-/// Sixteen bytes of a text, side by side.
+/// Sixteen bytes of a text.
 template <class CharT>
 struct text_block {
     using unit = std::conditional_t<sizeof(CharT) == 1, std::uint8_t, std::uint16_t>;
@@ -26,8 +25,8 @@ struct text_block {
         return block;
     }
 
-    /// Whether `look`, called with the start of each block of `text`, ever gives a bit of `mask`.
-    /// `text` fills one block at least; its last block overlaps the one before.
+    /// Whether `look`, called with the start of each block of `text`, ever returns a bit of `mask`.
+    /// `text` has at least one block; its last block overlaps the previous one.
     template <class Look>
     static bool any(std::basic_string_view<CharT> text, unit mask, Look look) noexcept {
         CharT const* const last = text.data() + text.size() - size;
@@ -40,7 +39,7 @@ struct text_block {
     }
 };
 
-/// Whether two of `c` follow each other.
+/// Whether `text` contains two adjacent `c`.
 template <class CharT>
 bool has_doubled(std::basic_string_view<CharT> text, CharT c) noexcept {
     using block = text_block<CharT>;
@@ -55,7 +54,7 @@ bool has_doubled(std::basic_string_view<CharT> text, CharT c) noexcept {
                       doubled);
 }
 
-/// Whether what `bits` makes of each unit of `text`, alone or in a block, has none but the lower seven.
+/// Whether bits(unit) fits in seven bits for every unit.
 template <class CharT, class Bits>
 bool has_seven_bits(std::basic_string_view<CharT> text, Bits bits) noexcept {
     using block = text_block<CharT>;
@@ -73,7 +72,7 @@ bool is_ascii(std::basic_string_view<CharT> text) noexcept {
     return has_seven_bits(text, [](auto units) { return units; });
 }
 
-/// Whether every unit of `text` is from U+0001 to U+007F. What lies before zero has the upper bits.
+/// Whether every unit of `text` is from U+0001 to U+007F. Zero less one has the upper bits.
 template <class CharT>
 bool is_ascii_without_zero(std::basic_string_view<CharT> text) noexcept {
     return has_seven_bits(text, [](auto units) { return units | (units - 1); });

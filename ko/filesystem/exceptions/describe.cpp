@@ -37,12 +37,12 @@ std::string on_one_line(std::u16string const& text) {
     return detail::to_filesystem(line);
 }
 
-/// For texts of others: the system's depend on the locale, and a message may be anybody's.
+/// For foreign texts: the system's depend on the locale, and callers may construct any message.
 std::string on_one_line(std::string const& text) {
     return on_one_line(detail::from_filesystem(text));
 }
 
-/// What `kind()` gives.
+/// The values of `kind()`.
 enum kinds {
     invalid_argument = 1,
     invalid_operation = 2,

@@ -9,11 +9,11 @@
 
 namespace ko::filesystem {
 
-/// The root of all exceptions that the library reports failures with. Never thrown by itself: catch
-/// it to catch them all.
+/// The base of all exceptions by which the library reports failures. Never thrown itself: catch it
+/// to catch them all.
 ///
-/// Every exception leaves the library in a form that `boost::current_exception()` can capture and
-/// rethrow with its exact class.
+/// Every exception is thrown in a form that `boost::current_exception()` can capture and rethrow
+/// with its exact class.
 class KO_FILESYSTEM_API FsysExceptionBase : public std::exception {
 public:
     ~FsysExceptionBase() override = 0;
@@ -26,14 +26,14 @@ public:
 
     /// The number of the class: 1 InvalidArgument, 2 InvalidOperation, 3 FileNameTooLarge,
     /// 6 AccessDenied, 7 PathNotFound, 8 NotDirectoryError, 9 DirectoryNotEmpty,
-    /// 10 FileIsDirectory, 11 FileExistsError, 13 SystemError. The gaps stay free.
+    /// 10 FileIsDirectory, 11 FileExistsError, 13 SystemError. The others are reserved.
     std::int32_t kind() const noexcept { return kind_; }
 
-    /// The path that the failure concerns; may be empty.
+    /// The path that caused the failure; may be empty.
     std::u16string const& path() const noexcept { return path_; }
 
-    /// Further texts. An InvalidArgument or SystemError for a failed system call holds one: the
-    /// second path of a call on two paths, else an empty text. There are none in the other classes.
+    /// Further texts. An InvalidArgument or SystemError for a failed system call has one: the
+    /// second path of a call on two paths, else an empty text. The other classes have none.
     std::vector<std::u16string> const& arguments() const noexcept { return arguments_; }
 
     /// The errno value of a SystemError; 0 in every other class.

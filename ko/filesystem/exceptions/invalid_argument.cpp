@@ -9,11 +9,11 @@ namespace ko::filesystem {
 
 namespace {
 
-/// Ends the process when memory runs out: a description that is cut short would mislead.
+/// Terminates the process if memory runs out: a truncated description would mislead.
 std::string printable(std::u16string const& text) noexcept {
     std::ostringstream out;
     out.imbue(std::locale::classic());      // a global locale may group digits
-    out.exceptions(std::ios_base::badbit);  // else lack of memory would only cut the text short
+    out.exceptions(std::ios_base::badbit);  // else lack of memory would only truncate the text
     out << std::hex << std::uppercase << std::setfill('0');
     for (char16_t const unit : text) {
         if (unit >= 0x20 && unit <= 0x7F)

@@ -23,7 +23,7 @@ constexpr unsigned int access_all = access_exists | access_read | access_write |
 constexpr unsigned int attributes = file_status::archive_file | file_status::system_file |
                                     file_status::hidden_file | file_status::non_indexed_file;
 
-/// Bit by bit, since read and write have changed places.
+/// Bit by bit, since POSIX has read and write the other way round.
 int posix_mode(unsigned int mode) noexcept {
     int posix = F_OK;
     if ((mode & access_read) != 0) posix |= R_OK;
@@ -40,8 +40,7 @@ bool access_impl(std::u16string const& native, unsigned int mode) {
 
     int const error = errno;
     bool const asks_for_existence = (mode & access_exists) != 0;
-    // Whoever asks whether it exists learns of a path that can't be reached as a failure, and of a
-    // missing one as an answer; whoever doesn't, the other way round.
+    // With access_exists, unreachable is an error and missing is false; without it, the reverse.
     struct stat found;
     if (error == EACCES && (!asks_for_existence || ::stat(path8.c_str(), &found) == 0))
         return false;
@@ -65,7 +64,7 @@ void permissions_impl(std::u16string const& native, unsigned int perms) {
         detail::throw_invalid_argument("File Permission not valid");
     detail::system_path const path8(native);
     bool const link_itself = (perms & file_status::perms_symlink) != 0;
-    // A missing path is no failure here: the change reports it, with the path.
+    // A missing path is not a failure here: the change reports it, with the path.
     file_status const present =
         detail::read_status(link_itself ? &::lstat : &::stat, path8.c_str());
     auto const change =

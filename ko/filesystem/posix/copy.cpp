@@ -75,9 +75,9 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
     return overwrite ? options | boost_fs::copy_options::overwrite_existing : options;
 }
 
-/// The error number for what Boost would not survive or the file would not, else 0. Boost opens
-/// before it looks: a pipe blocks it for ever, and a target is empty before it is compared.
-/// `mode` is that of the source, 0 if it is not known yet.
+/// The error number if Boost would block or lose data, else 0. Boost opens files before it checks
+/// them: a pipe blocks it for ever, and the target is truncated before it is compared.
+/// `mode` is that of the source, 0 if not yet known; then it is set.
 int refusal(char const* from8, char const* to8, bool overwrite, mode_t& mode) noexcept {
     if (S_ISREG(mode) && !overwrite) return 0;
     struct stat source;
@@ -114,13 +114,13 @@ bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
            target.last_write_time >= source.last_write_time;
 }
 
-/// `mode` is that of the source, 0 if it is not known yet.
+/// `mode` is that of the source, 0 if not yet known.
 void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options,
                     mode_t mode) {
     reject_empty_path(from);
     reject_empty_path(to);
     if (has(options, copy_option::skip_existing)) {
-        // All other options are dropped, create_symlinks included.
+        // All other options are ignored, including create_symlinks.
         if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false, mode);
     } else if (has(options, copy_option::update_existing)) {
         if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true, mode);
@@ -164,7 +164,7 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
 }
 
-/// Makes the missing directory `to`, and with it all that is missing above.
+/// Makes the missing directory `to` and every missing one above it.
 void make_target(std::u16string const& to, bool has_parent) {
     if (!has_parent) return create_directories(to);
     try {
@@ -176,7 +176,7 @@ void make_target(std::u16string const& to, bool has_parent) {
 
 // Anything
 
-/// The mode bits that stat has given, which those of `file_status` are.
+/// The mode bits from stat, which `file_status` has unchanged.
 mode_t mode_of(file_status const& found) noexcept {
     return static_cast<mode_t>(found.type | found.permissions);
 }
@@ -190,7 +190,7 @@ public:
     void copy(std::u16string const& from, std::u16string const& to) { copy(from, to, nullptr); }
 
 private:
-    /// A directory whose content is being copied, and those on the way to it.
+    /// A directory whose contents are being copied, linked to those above it.
     struct level {
         std::string path8;
         std::optional<file_identity> source;
@@ -205,7 +205,7 @@ private:
     void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
                        level const* outer);
     void copy_contents(std::u16string const& from, std::u16string const& to, level const* outer,
-                       char const* met8);
+                       char const* found8);
     void copy_entries(level const& listed, std::u16string const& to);
 
     void look_above(std::string const& to8);
@@ -215,11 +215,12 @@ private:
     copy_observer const& observer_;
     std::uint64_t entries_ = 0;
     std::uint64_t bytes_ = 0;
-    /// The target of the outermost directory and all above that.
+    /// The target of the outermost directory and all directories above it.
     std::vector<file_identity> above_target_;
 };
 
-/// Asks the observer, if there is one, and counts the entry as done: nobody is asked again if it fails.
+/// Calls the observer, if there is one, and counts the entry as done: after a failure there is no
+/// further call.
 void tree_copy::ask(copy_step const& step, char const* from8) {
     if (!observer_) return;
     if (!observer_(step)) throw_errno_exception(ECANCELED, from8, system_path(step.to).c_str());
@@ -246,12 +247,12 @@ void tree_copy::copy(std::u16string const& from, std::u16string const& to, level
     }
 }
 
-/// Copies what the link `from` points to.
+/// Copies the target of the link `from`.
 void tree_copy::copy_followed(std::u16string const& from, char const* from8,
                               std::u16string const& to, level const* outer) {
     std::u16string const target = link_target(from8);
-    // Deliberately looked up as given: a relative target counts from the working directory, and of a
-    // link to a link nothing is copied.
+    // Deliberately as given: a relative target is resolved from the working directory, and nothing
+    // is copied for a link to a link.
     system_path const target8(target);
     file_status const found = read_status(&::lstat, target8.c_str());
     if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
@@ -260,9 +261,9 @@ void tree_copy::copy_followed(std::u16string const& from, char const* from8,
     if (found.type == file_status::directory_file) copy_contents(target, to, outer, from8);
 }
 
-/// Copies the directory `from`, which was met as `met8`: under its own path or that of a link.
+/// Copies the directory `from`, which was found as `found8`: its own path, or that of a link.
 void tree_copy::copy_contents(std::u16string const& from, std::u16string const& to,
-                              level const* outer, char const* met8) {
+                              level const* outer, char const* found8) {
     if (has(copy_option::create_symlinks))
         return create_symlink(from, to, file_status::file_type_auto);
     if (!has(copy_option::recursive)) return copy_directory(from, to);
@@ -270,7 +271,7 @@ void tree_copy::copy_contents(std::u16string const& from, std::u16string const& 
     level listed{system_path(native_text(from)).string(), {}, {}, outer};
     listed.source = identify(listed.path8.c_str());
     for (level const* above = outer; above != nullptr && listed.source; above = above->outer)
-        if (listed.source == above->source) throw_errno_exception(ELOOP, met8, {});
+        if (listed.source == above->source) throw_errno_exception(ELOOP, found8, {});
 
     bool const to_exists = exists(to);
     if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to));
@@ -284,25 +285,25 @@ void tree_copy::copy_contents(std::u16string const& from, std::u16string const& 
     listed.target = identify(to8.c_str());
     if (listed.source && listed.source == listed.target)
         throw_errno_exception(EINVAL, listed.path8, to8);
-    if (outer == nullptr && !to_exists) look_above(to8);  // with what has been made
+    if (outer == nullptr && !to_exists) look_above(to8);  // including what has been made
     copy_entries(listed, to);
 }
 
 /// Copies everything in the directory `listed` into the existing directory `to`.
 void tree_copy::copy_entries(level const& listed, std::u16string const& to) {
-    // The paths of the entries, one after the other, so that they cost no memory of their own.
+    // Buffers for the paths of the entries, which then need no allocation each.
     std::u16string source = from_filesystem_strict(listed.path8);
     std::u16string target = make_native_form(to, /*expand_tilde=*/true);
     std::size_t const source_length = source.size();
     std::size_t const target_length = target.size();
-    // Without an error code: what goes wrong in the listing leaves as Boost reports it.
+    // Without an error code: failures of the listing are thrown as Boost's own exceptions.
     for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
          ++entry) {
         std::string_view const path8 = entry->path().native();
         std::u16string const name = from_filesystem_strict(algorithm::filename<char>(path8));
-        reject_empty_path(name);  // one that isn't UTF-8
+        reject_empty_path(name);  // not UTF-8
         concatenate_pathname(source, name, /*expand_tilde=*/false);
-        // The tilde of a name like "~x" is expanded here; that is meant.
+        // Deliberately expands the tilde of a name like "~x".
         concatenate_pathname(target, name, /*expand_tilde=*/true);
         copy(source, target, &listed);
         source.resize(source_length);
@@ -315,7 +316,7 @@ void tree_copy::look_above(std::string const& to8) {
     if (error != 0) throw_errno_exception(error, to8, {});
 }
 
-/// Whether `directory` receives copies from `innermost` and outwards, or lies above all that do:
+/// Whether `directory` is a target of `innermost` or of a level around it, or is above them all:
 /// listing it would not end.
 bool tree_copy::is_written_to(file_identity const& directory, level const* innermost) const {
     for (level const* above = innermost; above != nullptr; above = above->outer)

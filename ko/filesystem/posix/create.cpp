@@ -18,7 +18,7 @@ namespace {
 
 using detail::native_text;
 
-/// Makes a directory and gives the error number, or 0. A failure that leaves errno at 0 is none.
+/// Makes a directory. Returns the error number, or 0, also for a failure that leaves errno at 0.
 int make_directory(char const* path8) noexcept {
     errno = 0;
     return ::mkdir(path8, 0775) == 0 ? 0 : errno;
@@ -42,7 +42,7 @@ void create_directories_impl(std::u16string const& native) {
     for (std::size_t end = path8.find('/', 1); end != path8.npos; end = path8.find('/', end + 1)) {
         path8[end] = '\0';  // the prefix, in place
         int const error = make_directory(path8.c_str());
-        // Whatever stands there passes, even a file: the step below it finds out.
+        // Anything that exists is accepted, even a file: the next step reports that.
         if (error != 0 && error != EEXIST) detail::throw_errno_exception(error, path8.c_str(), {});
         path8[end] = '/';
     }
@@ -58,13 +58,13 @@ bool is_directory(char const* path8) noexcept {
 bool ensure_directories_impl(std::u16string const& native) {
     detail::reject_empty_path(native);
     std::string path8 = detail::system_path(native).string();
-    // Mostly it is there, or its parent is.
+    // In most cases it exists, or its parent does.
     if (is_directory(path8.c_str())) return false;
     if (make_directory(path8.c_str()) == 0) return true;
     for (std::size_t end = path8.find('/', 1); end != path8.npos; end = path8.find('/', end + 1)) {
         path8[end] = '\0';  // the prefix, in place
         int const error = make_directory(path8.c_str());
-        // A directory may be reported in other ways than by EEXIST, as EROFS or EACCES.
+        // For an existing directory, the error may also be EROFS or EACCES, for example.
         if (error != 0 && error != EEXIST && !is_directory(path8.c_str()))
             detail::throw_errno_exception(error, path8.c_str(), {});
         path8[end] = '/';

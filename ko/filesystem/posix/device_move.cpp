@@ -20,8 +20,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Gives `to` the last-write time of `from`, exactly but for what the file system of `to` rounds
-/// off. The standard library's clock would wrap where its nanoseconds end, in 1677 and 2262.
+/// Sets the last-write time of `to` to that of `from`, exact except for rounding by the file system
+/// of `to`. The standard library's clock would wrap in 1677 and 2262, the limits of its
+/// nanoseconds.
 void transfer_write_time(fs::path const& from, fs::path const& to) {
     constexpr time_t coarsest = 2;  // seconds, of FAT
     struct stat source;
@@ -33,7 +34,7 @@ void transfer_write_time(fs::path const& from, fs::path const& to) {
             ::utimensat(AT_FDCWD, to.c_str(), times, 0) == 0 && ::stat(to.c_str(), &target) == 0;
         error = is_set ? 0 : errno;
     }
-    // A time that it can't hold, a file system clamps without a word.
+    // A file system silently clamps a time that it can't store.
     if (error == 0) {
         time_t const lost = write_time(source).tv_sec - write_time(target).tv_sec;
         if (lost < -coarsest || lost > coarsest) error = EOVERFLOW;
@@ -46,7 +47,7 @@ void transfer_write_time(fs::path const& from, fs::path const& to) {
 void transfer_write_times(fs::path const& from, fs::path const& to) {
     if (fs::is_regular_file(from) && fs::is_regular_file(to)) return transfer_write_time(from, to);
     if (!fs::is_directory(from) || !fs::is_directory(to)) return;
-    // Real paths, so that a link which leaves the tree takes its time out of the copy as well.
+    // Real paths: for a link out of the tree, the time is set outside of the copy, too.
     fs::path const root = fs::weakly_canonical(from);
     for (fs::directory_entry const& entry : fs::recursive_directory_iterator(from)) {
         if (!entry.is_regular_file()) continue;
@@ -55,8 +56,8 @@ void transfer_write_times(fs::path const& from, fs::path const& to) {
     }
 }
 
-/// The error number of `step`, which takes an error code, or 0. Some standard libraries still throw
-/// what goes wrong while such a step reads a directory.
+/// The error number of `step`, which takes an error code, or 0. Some standard libraries throw
+/// anyway if reading a directory fails.
 template <class Step>
 int error_of(Step step) try {
     std::error_code error;
@@ -79,22 +80,22 @@ void for_each_pair(std::string const& from8, std::string const& to8, std::error_
     }
 }
 
-/// Sets `code` to EINVAL when the copy of the directory `from8` would write into it: when `to8` lies
-/// in it, or an existing directory below `to8` is one of its own, by a link or a mount.
+/// Sets `code` to EINVAL if copying the directory `from8` would write into it: if `to8` is in it,
+/// or an existing directory below `to8` is one of those in it, by a link or a mount.
 void refuse_own_target(std::string const& from8, std::string const& to8, std::error_code& code) {
     if (!fs::is_directory(fs::symlink_status(from8, code))) return;
     std::vector<file_identity> sources, targets;
     auto const add = [](auto& identities, char const* path8) {
         if (auto const identity = identify(path8)) identities.push_back(*identity);
     };
-    auto const meet = [&] {
+    auto const overlap = [&] {
         return std::any_of(targets.begin(), targets.end(), [&](file_identity const& target) {
             return std::binary_search(sources.begin(), sources.end(), target);
         });
     };
     add(sources, from8.c_str());
     int error = find_directories_above(to8, targets);
-    if (error == 0 && meet()) error = EINVAL;
+    if (error == 0 && overlap()) error = EINVAL;
     code.assign(error, std::system_category());
     if (code) return;
     for_each_pair(from8, to8, code, [&](fs::directory_entry const& entry, char const* pair8) {
@@ -103,11 +104,11 @@ void refuse_own_target(std::string const& from8, std::string const& to8, std::er
         add(targets, pair8);
     });
     std::sort(sources.begin(), sources.end());
-    if (!code && meet()) code.assign(EINVAL, std::system_category());
+    if (!code && overlap()) code.assign(EINVAL, std::system_category());
 }
 
-/// The error number for a copy that cannot take the place of `from8`, or 0. Takes rights from it that
-/// it must not have.
+/// The error number for a copy that can't replace `from8`, or 0. Also removes rights that the copy
+/// must not have.
 int settle_copy(char const* from8, char const* copy8) noexcept {
     struct stat source;
     struct stat copy;
@@ -118,11 +119,11 @@ int settle_copy(char const* from8, char const* copy8) noexcept {
     return drop_foreign_rights(source, copy, copy8);
 }
 
-/// Sets `code` unless all of `from8` is in its copy at `to8`, every file in its whole length: some
-/// standard libraries forget that the disk was full, and take a listing that breaks off for its end.
+/// Sets `code` unless all of `from8` is in its copy at `to8`, every file with its full length: some
+/// standard libraries don't report a full disk, or treat a failed listing as complete.
 void settle_copies(std::string const& from8, std::string const& to8, std::error_code& code) {
     bool const is_file = fs::is_regular_file(fs::symlink_status(from8, code));
-    // A file that is copied onto a directory has gone inside.
+    // A file copied onto a directory is put inside it.
     fs::path const copy =
         is_file && fs::is_directory(to8, code) ? to8 / fs::path(from8).filename() : fs::path(to8);
     code.assign(settle_copy(from8.c_str(), copy.c_str()), std::system_category());

@@ -7,9 +7,9 @@
 
 namespace ko::filesystem::detail {
 
-/// Moves `from8` to `to8` on another file system by copying and removing, as `rename` has it. Returns
-/// the error number of the step that failed, or 0.
-/// Throws std::filesystem::filesystem_error when times can't be preserved.
+/// Moves `from8` to `to8` on another file system by copying and removing, as documented at
+/// `rename`. Returns the error number of the failed step, or 0.
+/// Throws std::filesystem::filesystem_error if times can't be preserved.
 int move_across_devices(std::string const& from8, std::string const& to8,
                         rename_options const& options);
 

@@ -37,7 +37,7 @@ namespace {
 using detail::native_text;
 using detail::throw_errno_exception;
 
-/// The path of an entry, as the system takes it.
+/// The path of an entry, for system calls.
 class entry_path8 {
 public:
     entry_path8(upath const& path, std::string const& bytes)
@@ -50,7 +50,7 @@ private:
     char const* const text_;
 };
 
-/// Gives the not-found value for ENOENT and for `other_absent`.
+/// Returns the not-found value for ENOENT and for `other_absent`.
 file_status status_at(entry_path8 const& path8, detail::stat_function stat_or_lstat,
                       int other_absent = 0) {
     file_status result;
@@ -120,15 +120,15 @@ bool has(directory_option options, directory_option one) noexcept {
     return (options & one) != directory_option::none;
 }
 
-/// Whether opening failed since there is no directory, or none any more.
+/// Whether opening failed since the path is not a directory, or no longer one.
 bool means_no_directory(int error) noexcept {
     return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
 
 }  // namespace
 
-/// The open directories, the last of which is being read, and the current entry. At the end nothing is
-/// open.
+/// The open directories, the last of which is being read, and the current entry. At the end no
+/// directory is open.
 class directory_listing {
 public:
     directory_listing(std::u16string const& native, directory_option options, bool is_recursive);
@@ -145,7 +145,7 @@ public:
 private:
     struct level {
         posix::detail::dir_stream stream;
-        std::optional<file_identity> identity;  ///< only where links are followed
+        std::optional<file_identity> identity;  ///< only if links are followed
         bool has_path = true;
         std::size_t path8_length_above = 0;
     };
@@ -162,11 +162,11 @@ private:
     directory_option const options_;
     bool const is_recursive_;
     std::vector<level> levels_;
-    // The path of the last level's directory; the second where that has one.
+    // The path of the last level's directory; `path_` only if it is UTF-8.
     std::string path8_;
     upath path_;
     directory_entry entry_;
-    std::u16string name_;  ///< the entry's, kept for its memory
+    std::u16string name_;  ///< the entry's, kept to reuse its memory
 };
 
 directory_listing::directory_listing(std::u16string const& native, directory_option options,
@@ -178,7 +178,7 @@ directory_listing::directory_listing(std::u16string const& native, directory_opt
     if (open(AT_FDCWD, path8_.c_str(), 0)) advance();
 }
 
-/// Goes to the next entry by `to_next`; a failure ends the listing.
+/// Advances to the next entry by `to_next`; a failure ends the listing.
 template <class Step>
 void directory_listing::step(Step to_next) try {
     to_next();
@@ -202,8 +202,8 @@ void directory_listing::pop() {
     });
 }
 
-/// Opens the directory `name8`, whose path is `path8_`, as the last level. False when it counts as
-/// empty.
+/// Opens the directory `name8`, whose path is `path8_`, as the last level. Returns false if it
+/// counts as empty.
 bool directory_listing::open(int base, char const* name8, int flags) {
     level opened;
     opened.stream = posix::detail::open_directory_stream(base, name8, flags);
@@ -230,8 +230,8 @@ bool directory_listing::is_open(file_identity const& identity) const noexcept {
                        [&](level const& above) { return above.identity == identity; });
 }
 
-/// Opens the entry, if it is a directory or, where links are followed, leads to one. Where the listing
-/// gives no types, opening it tells.
+/// Opens the entry if it is a directory or, if links are followed, leads to one. If the listing
+/// reports no types, opening the entry is the test.
 void directory_listing::enter() {
     std::uint32_t const type = entry_.type_;
     bool const is_directory = type == file_status::directory_file;
@@ -254,13 +254,13 @@ void directory_listing::leave() noexcept {
     levels_.pop_back();
 }
 
-/// Goes to the next entry of the last level or, after its end, of those above.
+/// Advances to the next entry of the last level or, after its end, of those above.
 void directory_listing::read() {
     for (; !levels_.empty(); leave()) {
         if (auto const* const found = posix::detail::next_entry(levels_.back().stream.get()))
             return take(*found);
         int const error = errno;
-        // Linux says ENOENT of a directory that has been removed while it is open.
+        // Linux reports ENOENT for an open directory that has been removed.
         if (error != 0 && error != ENOENT) throw_errno_exception(error, path8_, {});
     }
 }

@@ -7,14 +7,14 @@
 
 namespace ko::filesystem::posix::detail {
 
-/// A descriptor of the directory `path8`, seen from the directory `base`, opened with `flags` besides
-/// those that every directory needs. -1 when that fails, errno being why.
+/// Opens the directory `path8`, relative to the directory `base`, with `flags` in addition to those
+/// that every directory needs. Returns the descriptor, or -1 and sets errno.
 int open_directory(int base, char const* path8, int flags) noexcept;
 
-/// The same as a stream; null when that fails.
+/// The same as a stream; returns null and sets errno on failure.
 dir_stream open_directory_stream(int base, char const* path8, int flags) noexcept;
 
-/// The next entry but "." and "..". Null at the end, errno being 0 then, and after a failure.
+/// The next entry except "." and "..". Null at the end, with errno 0, and after a failure.
 ::dirent const* next_entry(DIR* stream) noexcept;
 
 }  // namespace ko::filesystem::posix::detail

@@ -14,13 +14,13 @@ namespace {
 
 using posix::detail::malformed;
 
-/// Whether the conversion of `s` needs no iconv, each unit becoming one, as most paths do.
+/// Whether `s` can be converted without iconv, unit by unit, as most paths can.
 template <class CharT>
 bool is_short_ascii(std::basic_string_view<CharT> s) noexcept {
     return s.size() <= posix::detail::fast_path_limit && detail::is_ascii(s);
 }
 
-/// Appends to `result`, which is empty; false when that can't be finished.
+/// Appends to `result`, which is empty; returns false if the conversion can't be completed.
 bool convert_utf8(std::string_view s, malformed policy, std::u16string& result) {
     auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
     return posix::detail::decode(s, converter, policy, result);

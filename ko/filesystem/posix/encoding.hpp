@@ -9,23 +9,23 @@ namespace ko::filesystem {
 
 namespace posix::detail {
 
-/// ASCII text of up to so many units is converted without iconv.
+/// ASCII text of up to this many units is converted without iconv.
 constexpr std::size_t fast_path_limit = 259;
 
-/// `s` in the encoding `tocode`; empty when it can't be converted. The library always asks for
-/// "UTF-8". What replaces a bad unit is settled by the first call in the process: U+FFFD for
-/// "UTF-8", else the ASCII substitute character.
+/// `s` in the encoding `tocode`; empty if it can't be converted. The library always passes "UTF-8".
+/// The first call in the process determines what replaces a bad unit: U+FFFD for "UTF-8", else the
+/// ASCII substitute character.
 std::string to_filesystem_native_impl(std::u16string const& s, char const* tocode);
 
 }  // namespace posix::detail
 
 namespace detail {
 
-/// The UTF-8 text `s` as UTF-16; empty when any of it is malformed. For every name that the system
-/// hands out and the caller will use: with bytes replaced it would name something else.
+/// The UTF-8 text `s` as UTF-16; empty if any of it is malformed. For every name from the system
+/// that the caller will use: with bytes replaced it would name another file.
 std::u16string from_filesystem_strict(std::string_view s);
 
-/// The same in `result`, whose memory serves again. False when any of `s` is malformed.
+/// The same in `result`, reusing its memory. Returns false if any of `s` is malformed.
 bool try_from_filesystem(std::string_view s, std::u16string& result);
 
 }  // namespace detail

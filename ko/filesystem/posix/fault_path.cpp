@@ -11,13 +11,13 @@ namespace ko::filesystem::detail {
 
 namespace {
 
-/// A source as long as this is at fault itself, whatever the error says.
+/// A source of at least this length is at fault itself, whatever the error.
 constexpr std::size_t overlong = 1024;
 
 }  // namespace
 
 blame blame_for_rename(int error, std::u16string const& from) {
-    // As it stands: a second expansion of a tilde could name another file.
+    // Not expanded: a second expansion of a tilde could name another file.
     upath const source(from, /*expand_tilde=*/false);
     bool const source_exists = exists(source);
     if (error == ENOENT && !source_exists) return blame::source;

@@ -15,7 +15,7 @@ using posix::detail::uninterrupted;
 
 namespace {
 
-/// How long a path of ".." may get before its directory is opened; below every PATH_MAX.
+/// The maximum length of a path of ".." before its directory is opened; below every PATH_MAX.
 constexpr std::size_t longest_climb = 1000;
 
 bool is_directory(std::string const& path8) noexcept {
@@ -23,8 +23,8 @@ bool is_directory(std::string const& path8) noexcept {
     return ::stat(path8.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
 }
 
-/// The directory that is left of `path8` when all that is missing in it were made: the deepest that
-/// exists, after the missing ones that ".." takes back.
+/// The deepest existing directory that would be above `path8` if everything missing in it were
+/// made, where ".." cancels a missing element.
 std::string deepest_existing(std::string const& path8) {
     std::string existing = path8.front() == '/' ? "/" : ".";
     std::size_t missing = 0;
@@ -57,7 +57,7 @@ std::optional<file_identity> identify(char const* path8) noexcept {
 int find_directories_above(std::string const& path8, std::vector<file_identity>& above) {
     above.clear();
     std::string place = is_directory(path8) ? path8 : deepest_existing(path8);
-    // By "..", since the path of a directory can be longer than the system takes, or gone.
+    // By "..", since the path of a directory may exceed the system's limit, or no longer exist.
     for (posix::detail::file_descriptor base(AT_FDCWD);;) {
         struct stat found;
         if (::fstatat(base.get(), place.c_str(), &found, 0) != 0) break;
@@ -75,7 +75,7 @@ int find_directories_above(std::string const& path8, std::vector<file_identity>&
         base.reset(next);
         place = "..";
     }
-    // What lies above a directory that may not be searched can't be copied into it either.
+    // Directories above one that can't be searched can't be copied into it either.
     return errno == EACCES ? 0 : errno;
 }
 

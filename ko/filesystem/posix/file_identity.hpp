@@ -10,7 +10,7 @@
 
 namespace ko::filesystem::detail {
 
-/// What makes a file the same under every name that it has.
+/// Identifies a file under all its names.
 struct file_identity {
     explicit file_identity(struct stat const& found) noexcept
         : device(found.st_dev), number(found.st_ino) {}
@@ -26,13 +26,13 @@ struct file_identity {
     ino_t number;
 };
 
-/// Of what is at `path8`, links followed; none when stat fails.
+/// The identity of `path8`, links followed; none if stat fails.
 std::optional<file_identity> identify(char const* path8) noexcept;
 
-/// Fills `above` with the directories that `path8` is or would lie in, innermost first: `path8`
-/// itself if it is a directory, else the deepest one that exists once ".." has taken back missing
-/// ones, and its parents up to the root, or to where a parent may not be searched. Returns the error
-/// number of a failure, or 0.
+/// Fills `above` with the directories that contain `path8` or would contain it, innermost first:
+/// `path8` itself if it is a directory, else the deepest existing one, where ".." cancels a missing
+/// element, and its parents up to the root, or to one whose parent can't be searched. Returns the
+/// error number of a failure, or 0.
 int find_directories_above(std::string const& path8, std::vector<file_identity>& above);
 
 }  // namespace ko::filesystem::detail

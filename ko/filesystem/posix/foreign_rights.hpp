@@ -7,12 +7,12 @@ namespace ko::filesystem::detail {
 
 inline constexpr mode_t set_id_bits = S_ISUID | S_ISGID;
 
-/// Clears the set-uid and set-gid bits of the regular file `copy8`, of which `copy` is the status,
-/// when its owner or group is not that of `source`: whoever runs it would get the rights of the one
-/// who copied it. Returns the error number of a failure, or 0.
+/// Clears the set-uid and set-gid bits of the regular file `copy8`, whose status is `copy`, if its
+/// owner or group differs from that of `source`: otherwise whoever runs it would get the rights of
+/// the user who copied it. Returns the error number of a failure, or 0.
 int drop_foreign_rights(struct stat const& source, struct stat const& copy,
                         char const* copy8) noexcept;
-/// The same for files that have yet to be examined, links followed.
+/// The same, examining both files, links followed.
 int drop_foreign_rights(char const* from8, char const* copy8) noexcept;
 
 }  // namespace ko::filesystem::detail

@@ -12,8 +12,7 @@
 
 namespace ko::filesystem::posix::detail {
 
-/// Makes a call that opens or asks for something again whenever a signal has interrupted it. It gives
-/// -1 or null when it fails.
+/// Repeats `call` while it is interrupted by a signal. `call` returns -1 or null on failure.
 template <class Call>
 auto uninterrupted(Call call) noexcept {
     for (;;) {
@@ -27,7 +26,7 @@ auto uninterrupted(Call call) noexcept {
     }
 }
 
-/// Owns an open descriptor. Negative values, AT_FDCWD among them, are not closed.
+/// Owns an open descriptor. Negative values, such as AT_FDCWD, are not closed.
 class file_descriptor {
 public:
     explicit file_descriptor(int value) noexcept : value_(value) {}
@@ -53,7 +52,7 @@ using dir_stream = std::unique_ptr<DIR, close_dir>;
 struct free_text {
     void operator()(char* text) const noexcept { std::free(text); }
 };
-/// A text that the C library has allocated.
+/// A text allocated by the C library.
 using malloc_text = std::unique_ptr<char, free_text>;
 
 /// Returns a converter to its initial state at the end of a conversion, however that ends.

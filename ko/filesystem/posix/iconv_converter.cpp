@@ -13,7 +13,7 @@
 
 namespace ko::filesystem::posix::detail {
 
-// The converters name their byte order, since without one they would write a byte-order mark.
+// The converters specify a byte order, since otherwise they would write a byte-order mark.
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "UTF-16LE must be the host's own UTF-16");
 
 template <int N>
@@ -38,19 +38,19 @@ namespace {
 
 constexpr std::size_t work_buffer_bytes = 1024;
 
-/// One conversion: what is left of the input, and the work buffer that iconv writes to.
+/// One conversion: the rest of the input, and the work buffer that iconv writes to.
 class conversion {
 public:
     template <class CharT>
     conversion(std::basic_string_view<CharT> input, iconv_t converter) noexcept
         : converter_(converter),
-          // iconv takes the input as char** for historical reasons and only reads it.
+          // iconv takes the input as char** for historical reasons, but only reads it.
           input_(const_cast<char*>(reinterpret_cast<char const*>(input.data()))),
           input_size_(input.size() * sizeof(CharT)),
           reset_(converter) {}
 
-    /// Converts up to the end of the input, of the work buffer, or to malformed input.
-    /// Returns the error number, or 0 after a success, which may leave any value in errno.
+    /// Converts until the end of the input, a full work buffer, or malformed input.
+    /// Returns the error number, or 0 on success, which may leave any value in errno.
     int advance() noexcept {
         round_ = output_;
         auto const result = ::iconv(converter_, &input_, &input_left_, &output_, &output_left_);
@@ -59,8 +59,8 @@ public:
 
     bool input_left() const noexcept { return input_left_ != 0; }
 
-    /// Writes `bytes` in the place of `skip` bytes of input. False when the work buffer is too
-    /// full.
+    /// Writes `bytes` in place of `skip` bytes of input. Returns false if the work buffer lacks
+    /// space.
     bool substitute(std::string_view bytes, std::size_t skip) noexcept {
         if (output_left_ < bytes.size()) return false;
         std::memcpy(output_, bytes.data(), bytes.size());
@@ -72,7 +72,7 @@ public:
         return true;
     }
 
-    /// Appends what the last round has produced. The first round tells how much there will be.
+    /// Appends the output of the last round. The first round estimates the size of the result.
     template <class CharT>
     void append_round_to(std::basic_string<CharT>& result) const {
         if (result.empty() && input_left_ != 0) result.reserve(expected_bytes() / sizeof(CharT));
@@ -88,7 +88,7 @@ public:
 private:
     char* begin() noexcept { return reinterpret_cast<char*>(buffer_); }
 
-    /// Of the whole result, if the rest of the input converts as what is done.
+    /// The size of the whole result if the rest of the input converts at the same ratio.
     std::size_t expected_bytes() const noexcept {
         auto const produced = static_cast<std::size_t>(output_ - round_);
         std::size_t const consumed = input_size_ - input_left_;
@@ -106,8 +106,8 @@ private:
     converter_reset reset_;
 };
 
-/// The loop of both directions. `tolerated` tells the error numbers of malformed input that is to
-/// be replaced.
+/// The loop of both directions. `tolerated` selects the error numbers of malformed input to be
+/// replaced.
 template <class From, class To, class Tolerated>
 bool convert(std::basic_string_view<From> s, iconv_t converter, std::string_view substitute,
              Tolerated tolerated, std::basic_string<To>& result) {
@@ -137,7 +137,7 @@ bool decode(std::string_view s, iconv_t converter, malformed policy, std::u16str
     constexpr char16_t replacement[] = {u'\uFFFD'};
     std::string_view const substitute(reinterpret_cast<char const*>(replacement),
                                       sizeof replacement);
-    // EINVAL is a sequence that is cut off at the end of the input.
+    // EINVAL is an incomplete sequence at the end of the input.
     auto const tolerated = [policy](int error) {
         return policy == malformed::replace_bytes && (error == EILSEQ || error == EINVAL);
     };

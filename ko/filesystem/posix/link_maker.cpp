@@ -17,14 +17,14 @@ namespace ko::filesystem::detail {
 
 namespace {
 
-/// Makes the link by `call`, which takes the target first.
+/// Makes the link by `call`, whose first argument is the target.
 void make_by(int (*call)(char const*, char const*), std::u16string const& target,
              std::u16string const& link) {
     system_path const target8(target);
     system_path const link8(link);
-    // Deliberately without the path, unlike what the call reports of a dangling link there.
+    // Deliberately without the path, unlike for a dangling link, which the call reports.
     if (exists_by_stat(link8.c_str())) throw cloneable(FileExistsError({}));
-    // The target comes first in the report: it is the text that was to be stored or linked.
+    // The target comes first in the report, since it is what was to be stored or linked.
     if (call(target8.c_str(), link8.c_str()) != 0)
         throw_errno_exception(errno, target8.c_str(), link8.c_str());
 }

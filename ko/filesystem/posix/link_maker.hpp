@@ -6,11 +6,11 @@
 namespace ko::filesystem::detail {
 
 /// Makes the symbolic link `link` with the text `target`, both exactly as given. See
-/// `create_symlink` for `type` and what is thrown.
+/// `create_symlink` for `type` and the exceptions.
 void make_link(std::u16string const& target, std::u16string const& link, unsigned int type);
 
-/// Makes the hard link `link` to `existing`, both exactly as given. See `create_hard_link` for what
-/// is thrown.
+/// Makes the hard link `link` to `existing`, both exactly as given. See `create_hard_link` for
+/// the exceptions.
 void make_hard_link(std::u16string const& existing, std::u16string const& link);
 
 }  // namespace ko::filesystem::detail

@@ -36,7 +36,7 @@ std::string read_link_bytes(char const* path8) {
         ssize_t const result = ::readlink(path8, buffer.data(), buffer.size());
         if (result == -1) throw_errno_exception(errno, path8, {});
         std::size_t const length = checked_length(result);
-        if (length == buffer.size()) continue;  // it may have been cut
+        if (length == buffer.size()) continue;  // possibly truncated
         buffer.resize(length);
         return buffer;
     }

@@ -7,8 +7,8 @@
 
 namespace ko::filesystem::detail {
 
-/// The first step of both overloads of an operation: a path's text as it stands, or the native form
-/// of a text, which is copied only where it isn't native yet. Lives no longer than its argument.
+/// The first step of both overloads of an operation: the text of a path, or the native form of a
+/// text, which is copied only if it isn't native already. Must not outlive its argument.
 class native_text {
 public:
     explicit native_text(upath const& p) noexcept : is_native_(true), text_(p.native()) {}
@@ -25,7 +25,7 @@ private:
     std::u16string const& text_;
 };
 
-/// Throws InvalidArgument "Empty Path not permitted" when `native` is empty.
+/// Throws InvalidArgument "Empty Path not permitted" if `native` is empty.
 void reject_empty_path(std::u16string const& native);
 
 }  // namespace ko::filesystem::detail

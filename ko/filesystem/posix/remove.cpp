@@ -36,7 +36,7 @@ void remove_by(int (*call)(char const*), char const* path8) {
 
 void unlink_path(char const* path8) {
     if (::unlink(path8) == 0) return;
-    // EPERM is what macOS says of a directory; the caller is to hear the same as on Linux.
+    // macOS reports EPERM for a directory; callers get the same exception as on Linux.
     throw_errno_exception(errno == EPERM ? EISDIR : errno, path8, {});
 }
 
@@ -44,26 +44,26 @@ bool is_directory(char const* path8) {
     struct stat found;
     if (::lstat(path8, &found) != 0) {
         int const error = errno;
-        // Deliberately without the path, unlike what the removals report that don't look first.
+        // Deliberately without the path, unlike in removals that don't check the type first.
         if (error == ENOENT) throw detail::cloneable(PathNotFound({}));
         throw_errno_exception(error, path8, {});
     }
     return detail::translated_type(found.st_mode) == file_status::directory_file;
 }
 
-/// 0 when `path8` is a directory and no link, else the error number that says what is the matter.
+/// 0 if `path8` is a directory and not a link, else the error number.
 int directory_verdict(int base, char const* path8) noexcept {
     int const descriptor = posix::detail::open_directory(base, path8, O_NOFOLLOW);
     if (descriptor == -1) return errno;
-    ::close(descriptor);  // opening it was the proof
+    ::close(descriptor);  // opening it was the test
     return 0;
 }
 
 void remove_tree(int base, std::string& dir);
 
-/// Removes what the directory `dir` holds. 0 when it could be read to its end and was still there
-/// and no link before each removal, else the error number. `dir` serves for the paths of the
-/// entries meanwhile, so that they cost no memory of their own.
+/// Removes the contents of the directory `dir`. Returns 0 if it was read to its end and was still a
+/// directory and not a link before each removal, else the error number. `dir` doubles as the buffer
+/// for entry paths.
 int remove_entries(int base, std::string& dir) {
     posix::detail::dir_stream stream(uninterrupted([&] { return ::opendir(dir.c_str()); }));
     if (stream == nullptr) throw_errno_exception(errno, dir, {});
@@ -78,7 +78,7 @@ int remove_entries(int base, std::string& dir) {
         dir += traits::PATHNAME_SEPARATOR_CHARACTER;
         dir += entry->d_name;
         bool const descend = is_directory(dir.c_str());
-        dir[dir_length] = '\0';  // the directory itself once more, in place
+        dir[dir_length] = '\0';  // the directory itself, in place
         verdict = directory_verdict(base, dir.c_str());
         dir[dir_length] = traits::PATHNAME_SEPARATOR_CHARACTER;
         if (verdict != 0) break;
@@ -93,15 +93,15 @@ int remove_entries(int base, std::string& dir) {
     return verdict;
 }
 
-/// Removes the directory `dir` with all it holds. `dir` is the same again afterwards.
+/// Removes the directory `dir` and its contents. `dir` is unchanged afterwards.
 void remove_tree(int base, std::string& dir) {
     int verdict = directory_verdict(base, dir.c_str());
     if (verdict == 0) verdict = remove_entries(base, dir);
     switch (verdict) {
         case 0: return remove_by(&::rmdir, dir.c_str());
-        case ENOENT: return;  // someone else has removed it
+        case ENOENT: return;  // already removed by someone else
         case ENOTDIR:
-        case ELOOP:  // O_NOFOLLOW has met a link
+        case ELOOP:  // a link, by O_NOFOLLOW
             if (::unlinkat(base, dir.c_str(), 0) != 0) throw_errno_exception(errno, dir, {});
             return;
         default: throw_errno_exception(verdict, dir, {});

@@ -24,7 +24,7 @@ namespace {
 
 using detail::native_text;
 
-/// `p` behind `base`, or behind what `current` gives when `base` is empty; empty when that is.
+/// `p` appended to `base`, or to the result of `current` if `base` is empty; empty if that is.
 template <class CharT, class Current>
 std::basic_string<CharT> absolute_text(std::basic_string<CharT> const& p,
                                        std::basic_string<CharT> const& base, Current current) {
@@ -46,7 +46,7 @@ std::string current_path8() {
 }
 
 std::u16string real_path(char const* path8) {
-    // Deliberately without the path, unlike what realpath reports.
+    // Deliberately without the path, unlike for failures of realpath.
     if (!detail::exists_by_stat(path8)) throw detail::cloneable(PathNotFound({}));
     char buffer[PATH_MAX];
     if (::realpath(path8, buffer) == nullptr) detail::throw_errno_exception(errno, path8, {});
@@ -54,16 +54,16 @@ std::u16string real_path(char const* path8) {
 }
 
 std::u16string canonical_impl(std::u16string const& p, std::u16string const& base) {
-    // A path object's text may still begin with a tilde; here it is expanded.
+    // Expands a tilde that a path object has kept.
     detail::system_path const p8{native_text(p)};
     detail::system_path const base8{native_text(base)};
-    // What has no UTF-8 form must not be taken for the working directory.
+    // A text without a UTF-8 form must not become the working directory.
     if (p8.empty() || (base8.empty() && !base.empty())) throw detail::cloneable(PathNotFound({}));
     if (detail::algorithm::is_absolute<char>(p8.c_str())) return real_path(p8.c_str());
     return real_path(absolute_text(p8.string(), base8.string(), current_path8).c_str());
 }
 
-/// Where a walk over a path's elements stands.
+/// A position in a walk over the elements of a path.
 struct cursor {
     explicit cursor(std::u16string const& p)
         : text(p),
@@ -79,16 +79,15 @@ struct cursor {
     std::u16string element;
 };
 
-/// Moves `walk` over the leading elements that exist and gives their path.
+/// Moves `walk` past the leading elements that exist and returns their path.
 std::u16string existing_head(cursor& walk) {
     std::u16string head;
     head.reserve(walk.text.size());
     while (!walk.at_end() && !walk.element.empty()) {
         std::size_t const length = head.size();
-        // Joining expands a tilde, so that an element like "~name" may leave the path; that is
-        // meant.
+        // Deliberately expands tildes, so that an element like "~name" may leave the path.
         detail::concatenate_pathname(head, walk.element, /*expand_tilde=*/true);
-        if (!detail::exists_as_it_stands(head)) {
+        if (!detail::exists_native(head)) {
             head.resize(length);
             break;
         }
@@ -98,12 +97,12 @@ std::u16string existing_head(cursor& walk) {
 }
 
 std::u16string weakly_canonical_impl(std::u16string const& p) {
-    static_cast<void>(detail::system_path(p));  // refuses what exists would call missing
-    if (detail::exists_as_it_stands(p)) return canonical_impl(p, {});
+    static_cast<void>(detail::system_path(p));  // refuses U+0000, for which exists is false
+    if (detail::exists_native(p)) return canonical_impl(p, {});
     cursor walk(p);
     std::u16string const head = existing_head(walk);
     std::u16string result = head.empty() ? head : canonical_impl(head, {});
-    if (result.empty() && !head.empty()) return {};  // the tail alone would name something else
+    if (result.empty() && !head.empty()) return {};  // the tail alone would name another file
     bool has_dots = false;
     for (; !walk.at_end(); walk.move_down()) {
         has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(walk.element);

@@ -25,14 +25,14 @@ template <class Path>
     if (native.empty()) return std::nullopt;
     return detail::try_status(stat_or_lstat, detail::system_path(native).c_str(), result);
 } catch (InvalidArgument const&) {
-    return EINVAL;  // U+0000, as if the system had said so
+    return EINVAL;  // U+0000, as if reported by the system
 }
 
 template <class Path>
 file_status status_impl(Path const& p, detail::stat_function stat_or_lstat) {
     file_status result;
     auto const error = try_status(p, stat_or_lstat, result);
-    // By now nothing is left for the unwinding to destroy, which would cost more than the report.
+    // At this point there is nothing to destroy: unwinding would cost more than the report.
     if (error && *error != EINVAL) detail::throw_errno_exception(*error, {}, {});
     return result;
 }
@@ -52,8 +52,8 @@ bool has_type(Path const& p, detail::stat_function stat_or_lstat, mode_t type) t
 
 }  // namespace
 
-bool exists(upath const& p) { return detail::exists_as_it_stands(native_text(p)); }
-bool exists(std::u16string const& p) { return detail::exists_as_it_stands(native_text(p)); }
+bool exists(upath const& p) { return detail::exists_native(native_text(p)); }
+bool exists(std::u16string const& p) { return detail::exists_native(native_text(p)); }
 
 bool is_directory(upath const& p) { return has_type(p, &::stat, S_IFDIR); }
 bool is_directory(std::u16string const& p) { return has_type(p, &::stat, S_IFDIR); }
@@ -75,7 +75,7 @@ file_status_light status_express_light(std::u16string const& p) {
     try {
         return detail::status_light_by_stat(detail::system_path(p).c_str());
     } catch (InvalidArgument const&) {
-        return {};  // U+0000: as if the system had said EINVAL, which means absent here
+        return {};  // U+0000: like EINVAL from the system, which means absent here
     }
 }
 

@@ -28,7 +28,7 @@ timespec const& status_change_time(struct stat const& found) noexcept { return f
 
 ptime to_ptime(timespec const& time) {
     constexpr std::int64_t epoch = julian_seconds_of_epoch * 1'000'000;
-    // What lies above stands for not_a_date_time and infinity.
+    // The values above represent not_a_date_time and infinity.
     constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
     std::int64_t count = 0;
     bool const overflow =
@@ -61,7 +61,7 @@ bool exists_by_stat(char const* path8) {
     throw_errno_exception(errno, path8, {});
 }
 
-bool exists_as_it_stands(std::u16string const& native) {
+bool exists_native(std::u16string const& native) {
     if (native.empty()) return false;
     try {
         return exists_by_stat(system_path(native).c_str());
@@ -74,7 +74,8 @@ bool exists_as_it_stands(std::u16string const& native) {
 
 namespace {
 
-/// Reads what `stat_call` says into `result`, and gives the error number of a failure to report.
+/// Reads the status from `stat_call` into `result`. Returns the error number of a failure to
+/// report.
 template <class StatCall>
 std::optional<int> read_by(StatCall const& stat_call, file_status& result) {
     struct stat found;

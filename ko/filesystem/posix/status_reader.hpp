@@ -15,18 +15,18 @@
 
 namespace ko::filesystem::detail {
 
-/// Whether `error` of stat says that nothing is there.
+/// Whether `error`, reported by stat, means that the path does not exist.
 bool means_absent(int error) noexcept;
 
-/// Whether stat finds something at `path8`; ENOENT and ENOTDIR mean that it does not.
+/// Whether stat finds `path8`; false for ENOENT and ENOTDIR.
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(char const* path8);
 
-/// What `exists` says of a path whose text is native; false for the empty one.
-/// Throws as `exists`.
-bool exists_as_it_stands(std::u16string const& native);
+/// `exists` for text in native form; false if it is empty.
+/// Throws like `exists`.
+bool exists_native(std::u16string const& native);
 
-// The times of `found`, which macOS has under other names.
+// The times of `found`, whose members have other names on macOS.
 timespec const& access_time(struct stat const& found) noexcept;
 timespec const& write_time(struct stat const& found) noexcept;
 timespec const& status_change_time(struct stat const& found) noexcept;
@@ -34,13 +34,13 @@ timespec const& status_change_time(struct stat const& found) noexcept;
 /// A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
 constexpr std::int64_t julian_seconds_of_epoch = 2440588LL * 86400;
 
-/// `time` as `file_status` has it.
+/// `time` in the form of `file_status`.
 boost::posix_time::ptime to_ptime(timespec const& time);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;
 
-/// What a bound stat or lstat call says; the not-found value for ENOENT.
+/// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
 file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call);
 
@@ -49,10 +49,11 @@ using stat_function = int (*)(char const*, struct stat*);
 /// The same for a call of `stat_or_lstat` on `path8`.
 file_status read_status(stat_function stat_or_lstat, char const* path8);
 
-/// The same in `result`, a new one; instead of throwing gives the error number.
+/// The same in `result`, which must be default-constructed; returns the error number instead of
+/// throwing.
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result);
 
-/// What stat says of `path8`; the not-found value for ENOENT and EINVAL.
+/// The status of `path8` from stat; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`
 file_status_light status_light_by_stat(char const* path8);
 

@@ -7,15 +7,15 @@
 
 namespace ko::filesystem::detail {
 
-/// Throws InvalidArgument (as for EINVAL) when `path8` holds a zero byte: the system calls would
-/// take what stands before it for the path, and so reach another file; path(): `path8`
+/// Throws InvalidArgument (as for EINVAL) if `path8` contains a zero byte: system calls would take
+/// the text before it as the path, and reach another file; path(): `path8`
 void reject_zero(std::string const& path8);
 
-/// A path in UTF-8, as the system calls take it: through here every operation hands over its paths.
-/// Empty when the text can't be converted, which the calls report as ENOENT.
+/// A path in UTF-8 for system calls. Every operation passes its paths by this class. Empty if the
+/// text can't be converted, which the calls report as ENOENT.
 class system_path {
 public:
-    /// Throws as `reject_zero`.
+    /// Throws like `reject_zero`.
     explicit system_path(std::u16string const& native);
     system_path(system_path const&) = delete;
     system_path& operator=(system_path const&) = delete;
@@ -25,7 +25,7 @@ public:
     bool empty() const noexcept { return *text_ == '\0'; }
 
 private:
-    // What needs no conversion lies here: short-lived memory costs more than the rest of the work.
+    // For text that needs no conversion: an allocation would cost more than the rest of the work.
     char short_[posix::detail::fast_path_limit + 1];
     std::string converted_;
     char const* text_ = short_;
