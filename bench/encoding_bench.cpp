@@ -43,7 +43,7 @@ void add_encoding_jobs() {
     for (auto const& row : rows) {
         std::u16string const text = row.text;
         std::string const text8 = std::filesystem::path(text).string();
-        // Texts that need no iconv are measured against a copy of the result.
+        // The limit of texts that need no iconv is a copy of the result.
         bool const copied = text8.size() == text.size() && text.size() < 260;
         job to("to_filesystem, " + row.name, to_filesystem(text) == text8);
         to.target(row.to_target);

@@ -1,7 +1,7 @@
-// Counts what each way of each job costs apart from time, which is the same in every run: calls of
-// malloc and its kin (operator new's among them), system calls, and instructions in user mode. Prints
-// them as lines of "job<TAB>way<TAB>allocations<TAB>calls<TAB>instructions", the last one empty for
-// large jobs.
+// Counts the costs of each way of each job that are the same in every run: calls of malloc and
+// related functions (including those of operator new), system calls, and instructions in user mode.
+// Prints them as lines of "job<TAB>way<TAB>allocations<TAB>calls<TAB>instructions", the last one
+// empty for large jobs.
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -23,7 +23,7 @@ thread_local long allocations = 0;
 
 }  // namespace
 
-// What the C library's own functions of these names are, so that this program can stand in front.
+// The C library's own functions, so that this program can replace them.
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
@@ -49,7 +49,7 @@ struct figures {
     long allocations, calls, instructions;
 };
 
-/// What the process `child` does between its next two stops by SIGSTOP, counted by how often it
+/// The activity of the process `child` between its next two stops by SIGSTOP, as the number of
 /// stops when it is continued by `request`.
 long count_stops(pid_t child, __ptrace_request request) {
     int status = 0;
@@ -66,7 +66,7 @@ long count_stops(pid_t child, __ptrace_request request) {
     return stops;
 }
 
-/// Runs `way` in a process of its own.
+/// Runs `way` in a separate process.
 figures count(ko_bench::counted_way const& way) {
     auto* const shared = static_cast<figures*>(::mmap(
         nullptr, sizeof(figures), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -80,7 +80,7 @@ figures count(ko_bench::counted_way const& way) {
             ::raise(SIGSTOP);
         };
         way.prepare();
-        way.act();  // what only the first call does, such as opening a converter, is left out
+        way.act();  // excludes the work of the first call only, such as opening a converter
         way.prepare();
         long const before = allocations;
         way.act();

@@ -16,7 +16,7 @@
 
 namespace ko_bench {
 
-/// One way of doing one job, for the program that counts instead of timing.
+/// One way of doing one job, for the counting program.
 struct counted_way {
     std::string job, way;
     std::function<void()> prepare, act;
@@ -28,30 +28,30 @@ inline std::vector<counted_way>& counted_ways() {
     return ways;
 }
 
-/// One job, done several ways in the same run: "job/ko" by this library, "job/std" and "job/boost"
-/// by its peers from the same UTF-16 text, "job/limit" by the least that must be done.
+/// One job, done in several ways in the same run: "job/ko" by this library, "job/std" and
+/// "job/boost" by its peers from the same UTF-16 text, "job/limit" by the minimum of work.
 class job {
 public:
-    /// Ends the program unless `answer_is_right`: what is timed must be what is meant.
+    /// Terminates the program unless `answer_is_right`, so that only correct results are timed.
     job(std::string name, bool answer_is_right) : name_(std::move(name)) {
         if (answer_is_right) return;
         std::fprintf(stderr, "%s: the answer is wrong\n", name_.c_str());
         std::exit(1);
     }
 
-    /// The ratio to the limit that is aimed at.
+    /// The target for the ratio to the limit.
     job& target(double ratio) {
         char text[16];
         std::snprintf(text, sizeof text, "%.2f", ratio);
         benchmark::AddCustomContext("target: " + name_, text);
         return *this;
     }
-    /// What is done, untimed, before each run of the ways that follow.
+    /// Untimed preparation before each run of the following ways.
     job& before(std::function<void()> prepare) {
         prepare_ = std::move(prepare);
         return *this;
     }
-    /// Too much to count its instructions, which are stepped through one by one.
+    /// Too large to count its instructions, which needs single steps.
     job& large() {
         is_large_ = true;
         return *this;
@@ -69,7 +69,7 @@ public:
     job& boost(Action action) {
         return add("boost", action);
     }
-    /// The system calls that the operation must make, on ready UTF-8; for text, a copy of the
+    /// The system calls that the operation must make, on prepared UTF-8; for text, a copy of the
     /// result.
     template <class Action>
     job& limit(Action action) {
@@ -80,12 +80,12 @@ public:
     job& floor(Action action) {
         return add("floor", action);
     }
-    /// By simdutf, which converts and does not replace what is malformed.
+    /// By simdutf, which does not replace malformed text.
     template <class Action>
     job& simdutf(Action action) {
         return add("simdutf", action);
     }
-    /// By this library, on one, two and four threads at once.
+    /// By this library, on one, two and four concurrent threads.
     template <class Action>
     job& threads(Action action) {
         for (int const count : {1, 2, 4}) add("ko", action)->Threads(count)->UseRealTime();
@@ -128,16 +128,16 @@ private:
     bool is_large_ = false;
 };
 
-/// The path that a caller of Boost.Filesystem makes of UTF-16 text.
+/// The path for Boost.Filesystem from UTF-16 text.
 inline boost::filesystem::path boost_path(std::u16string const& text) {
     return boost::locale::conv::utf_to_utf<char>(text);
 }
 
-/// Makes a scratch directory on a memory file system, where there is one, adds all jobs, and calls
-/// `run` with the directory. Gives what `main` is to return.
+/// Makes a scratch directory on a memory file system, if there is one, adds all jobs, and calls
+/// `run` with the directory. Returns the exit status for `main`.
 int with_all_jobs(std::function<bool(std::string const& scratch)> const& run) noexcept;
 
-// Each family of jobs; `scratch` is an empty directory.
+// The families of jobs; `scratch` is an empty directory.
 void add_encoding_jobs();
 void add_path_text_jobs();
 void add_status_jobs(std::u16string const& scratch);

@@ -112,7 +112,7 @@ void add_moving(std::u16string const& scratch) {
                                     boost_fs::copy_options::overwrite_existing);
             })
             .limit([=] {
-                struct stat source, target;  // neither a pipe, nor one the other
+                struct stat source, target;  // neither a pipe nor the same file
                 ::stat(from8.c_str(), &source), ::stat(to8.c_str(), &target);
                 plain::copy_file(from8.c_str(), to8.c_str(), O_TRUNC);
             });

@@ -41,8 +41,8 @@ std::size_t convert(iconv_t converter, std::basic_string<CharT> const& text) {
     return sizeof buffer - out_left;
 }
 
-/// Calls `visit` with `path` made the path of each entry of the directory that it names, its name, and
-/// whether it is a directory as far as the listing tells.
+/// For each entry of the directory `path`, extends `path` to the entry's and calls `visit` with it,
+/// the name, and whether the listing reports a directory.
 template <class Visit>
 void for_each_entry(std::string& path, Visit visit) {
     DIR* const stream = ::opendir(path.c_str());
@@ -77,7 +77,7 @@ void make_directories(std::string const& path) {
     prefix[path.size()] = '\0';
     for (auto end = path.find('/', 1); end != path.npos; end = path.find('/', end + 1)) {
         prefix[end] = '\0';
-        ::mkdir(prefix, 0775);  // which may be there
+        ::mkdir(prefix, 0775);  // may exist
         prefix[end] = '/';
     }
     checked(::mkdir(prefix, 0775));
@@ -98,7 +98,7 @@ void copy_file(char const* from, char const* to, int flags) {
 
 void copy_tree(std::string& from, std::string& to) {
     struct stat found;
-    ::stat(to.c_str(), &found);             // is it there?
+    ::stat(to.c_str(), &found);             // does it exist?
     checked(::stat(from.c_str(), &found));  // does it contain its own copy?
     make_directories(to);
     std::size_t const length = to.size();

@@ -37,7 +37,7 @@ void add_queries(std::string const& name, std::u16string const& text, bool there
         return ::lstat(path8.c_str(), &found);
     };
     auto const bare_access = [=] { return ::access(path8.c_str(), R_OK); };
-    // With one bare iconv call in front.
+    // Preceded by one bare iconv call.
     auto const converted = [=](auto call) {
         return [=] { return plain::encode(text) == 0 ? 0 : call(); };
     };
@@ -94,7 +94,7 @@ void add_queries(std::string const& name, std::u16string const& text, bool there
     add_bare(access, bare_access);
 }
 
-/// One attribute of what is at `text`, by each library.
+/// One attribute of the file `text`, by each library.
 template <class Ko, class Std, class Boost>
 void add_attribute(std::string const& name, std::u16string const& text, bool answer_is_right, Ko ko,
                    Std by_std, Boost by_boost) {
@@ -113,7 +113,8 @@ void add_attribute(std::string const& name, std::u16string const& text, bool ans
 }  // namespace
 
 void add_status_jobs(std::u16string const& scratch) {
-    // A path of 52 characters, one of 30 CJK ones besides the scratch directory, and a missing one.
+    // A path of 52 characters, one of 30 CJK characters plus the scratch directory, and a missing
+    // one.
     std::u16string const ascii = scratch + u'/' + std::u16string(52 - scratch.size() - 1, u'f');
     std::u16string const han = scratch + u'/' + std::u16string(30, u'\u6F22');
     for (std::u16string const& file : {ascii, han}) std::ofstream(fs::upath(file).string()) << "x";

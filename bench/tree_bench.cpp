@@ -19,8 +19,8 @@ namespace fs = ko::filesystem;
 namespace std_fs = std::filesystem;
 namespace boost_fs = boost::filesystem;
 
-/// 200 directories with ten files in each; a third of the one and half of the other have names that
-/// aren't ASCII.
+/// 200 directories with ten files in each; the names of a third of the directories and of half of
+/// the files aren't ASCII.
 void make_tree(std::u16string const& tree) {
     for (int dir = 0; dir < 200; ++dir) {
         std::u16string const name = (dir % 3 == 0 ? u"/\u5831\u544A" : u"/folder") +
@@ -33,7 +33,7 @@ void make_tree(std::u16string const& tree) {
     }
 }
 
-/// The lengths and types of all paths in the tree, added up.
+/// The sum of the lengths and types of all paths in the tree.
 template <class Iterator, class Measure>
 std::size_t sum_of(Iterator all, Measure measure) {
     std::size_t sum = 0;

@@ -6,7 +6,7 @@ configure_package_config_file(cmake/config.cmake.in ko_filesystem-config.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(ko_filesystem-config-version.cmake COMPATIBILITY SameMajorVersion)
 
-# The pkg-config file finds its prefix from where it lies itself.
+# The pkg-config file derives its prefix from its own location.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH prefix_from_pkgconfig /p/${pkgconfig_dir} /p)
 get_target_property(library_kind ko_filesystem TYPE)

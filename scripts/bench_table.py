@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Turns a run of the benchmarks (its JSON file) and of the counting program (its lines) into Markdown
-tables, and into a chart.
+"""Converts the output of the benchmarks (JSON) and of the counting program (lines) into Markdown tables and
+a chart.
 
     bench_table.py BENCH.json [FIGURES.tsv] [--chart CHART.svg]
 """
@@ -14,7 +14,7 @@ PEERS = ("limit", "floor", "std", "boost", "simdutf")
 
 
 def read_times(path):
-    """Jobs with the median nanoseconds of each way, threads apart, and the context of the run."""
+    """The median nanoseconds of each way of each job, those of threads separately, and the run's context."""
     with open(path, encoding="utf-8") as file:
         run = json.load(file)
     jobs, threads = {}, {}
@@ -31,7 +31,7 @@ def read_times(path):
 
 
 def read_figures(path):
-    """Jobs with the allocations, system calls and instructions of each way."""
+    """The allocations, system calls and instructions of each way of each job."""
     jobs = {}
     with open(path, encoding="utf-8") as file:
         for line in file:
@@ -48,7 +48,7 @@ def table(head, rows):
 
 
 def verdict_of(ratio, target):
-    """What lies around the target may be on its other side in the next run."""
+    """A ratio close to the target may be on its other side in the next run."""
     if ratio <= 0.96 * target:
         return "met"
     return "at the target" if ratio <= 1.06 * target else "missed"
@@ -75,7 +75,7 @@ def figure_rows(jobs):
 
 def thread_rows(threads):
     for job, times in sorted(threads.items()):
-        # The time is that of one call on the clock, whichever thread makes it.
+        # The wall-clock time per call, by whichever thread.
         yield [job] + [f"{times[1] / times[count]:.2f}" for count in sorted(times)]
 
 
@@ -89,7 +89,7 @@ def machine(context):
 
 
 def chart(jobs):
-    """Bars of the time by each library, that of std::filesystem being one."""
+    """Bars of the time of each library, relative to that of std::filesystem."""
     rows = [(job, times) for job, times in sorted(jobs.items()) if {"ko", "std", "boost"} <= times.keys()]
     left, unit, bar, gap = 260, 200, 7, 9
     height = 50 + len(rows) * (3 * bar + gap)
@@ -128,7 +128,7 @@ def main():
     lines += table(("job", "ns", "ko/limit", "target", "", "ko/floor", "ko/std", "ko/boost",
                     "ko/simdutf"), time_rows(jobs, context))
     if threads:
-        lines += ["", "Throughput on several threads, that on one being 1:", ""]
+        lines += ["", "Throughput on several threads, relative to one:", ""]
         counts = sorted(next(iter(threads.values())))
         lines += table(["job"] + [f"{count} threads" for count in counts], thread_rows(threads))
     if given.figures:

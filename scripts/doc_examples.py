@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Takes the C++ examples out of README.md and docs/*.md, so that they are compiled as the tests are.
+"""Extracts the C++ examples of README.md and docs/*.md, so that the tests can compile them.
 
-    scripts/doc_examples.py FOLDER    writes them there and prints the files, one a line
-    scripts/doc_examples.py --links   checks that links between the pages lead somewhere
+    scripts/doc_examples.py FOLDER    writes them to FOLDER and prints the files, one per line
+    scripts/doc_examples.py --links   checks the links between the pages
 
-A block marked ```cpp is a whole program and becomes NAME_program_N.cpp. The blocks of a page marked
+A block marked ```cpp is a complete program and becomes NAME_program_N.cpp. The blocks of a page marked
 ```cpp fragment become functions of one file, NAME_fragments.cpp. So do the rows of a table that follows
 <!-- compiled after: CODE -->: CODE, then each piece of code in the second column, which is a statement
 or the name of a type.
@@ -33,7 +33,7 @@ namespace fs = ko::filesystem;
 
 
 def blocks(page):
-    """The C++ blocks of `page`: what they are marked as, their first line's number, their text."""
+    """The C++ blocks of `page`: their mark, the number of their first line, their text."""
     mark, start, lines = None, 0, []
     for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
         if line.startswith("```"):
@@ -47,7 +47,7 @@ def blocks(page):
 
 
 def rows(page):
-    """The rows of the compiled tables of `page`: their line's number, a function's body."""
+    """The rows of the compiled tables of `page`: the line number, and the body of a function."""
     before = None
     for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
         if marked := re.fullmatch(r"<!-- compiled after: (.*) -->", line):
@@ -90,13 +90,13 @@ def write(folder):
             old.unlink()
     for name, text in sorted(wanted.items()):
         file = folder / name
-        if not file.exists() or file.read_text(encoding="utf-8") != text:  # else it stays built
+        if not file.exists() or file.read_text(encoding="utf-8") != text:  # unchanged files are not rebuilt
             file.write_text(text, encoding="utf-8")
         print(file)
 
 
 def anchors(page):
-    """What a link to a heading of `page` may name."""
+    """The valid targets of links to headings of `page`."""
     headings = re.findall(r"^#+ +(.*)$", page.read_text(encoding="utf-8"), re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
@@ -113,9 +113,9 @@ def check_links():
             other = (page.parent / file).resolve() if file else page
             if not other.exists() or (anchor and anchor not in anchors(other)):
                 complaints += 1
-                print(f"{page.relative_to(ROOT)}: leads nowhere: {target}")
+                print(f"{page.relative_to(ROOT)}: broken link: {target}")
     if not complaints:
-        print(f"{links} links lead somewhere")
+        print(f"{links} links are valid")
     return 1 if complaints else 0
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks what the library's files include, and draws it.
+"""Checks and draws the includes of the library's files.
 
     scripts/include_graph.py            writes docs/design.svg
     scripts/include_graph.py --check    fails if docs/design.svg is not what would be written
@@ -122,7 +122,7 @@ def picture(members, edges):
             out.append(f'<text x="{LEFT + 12}" y="{y + 40 + LINE * n}" font-size="11">'
                        f'{html.escape(line)}</text>')
         y += height + GAP
-    # Each edge has a lane of its own at the right, and an end of its own at each box.
+    # Each edge has its own lane at the right, and its own end at each box.
     leaving, arriving = collections.Counter(), collections.Counter()
     order = sorted(edges, key=lambda edge: (edge[0] - edge[1], -edge[0]))
     for lane, (upper, lower) in enumerate(order):

@@ -1,10 +1,10 @@
-# What the scripts of this folder share; sourced, never run.
+# Shared functions of the scripts in this folder; sourced, not run.
 
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# The Boost packages, all of one version: the one of which headers are installed, since the versions
-# exclude each other; else the one that is tested with; else the system's own.
+# The Boost packages, all of one version: the version whose headers are installed, since versions
+# conflict; else the one used for testing; else the system's default.
 boost_packages() {
     local version
     version=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' 'libboost[0-9]*-dev' 2>/dev/null |
@@ -15,7 +15,7 @@ boost_packages() {
 
 is_installed() { [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]; }
 
-# need PACKAGE...: makes sure of what every build needs, and of the Debian packages named besides.
+# need PACKAGE...: installs, if missing, the packages that every build needs and the given Debian packages.
 need() {
     case $(uname -s) in
     Darwin) need_on_macos; return ;;
@@ -35,8 +35,8 @@ need() {
     fi
     export DEBIAN_FRONTEND=noninteractive
     "${become[@]}" apt-get -q update >&2
-    missing=$(missing_of "${wanted[@]}" $(boost_packages)) # only now apt knows which Boost there is
-    # Nothing that is installed is given up for it.
+    missing=$(missing_of "${wanted[@]}" $(boost_packages)) # only now does apt know the Boost versions
+    # Must not remove any installed package.
     "${become[@]}" apt-get -q install -y --no-remove --no-install-recommends $missing >&2
 }
 
@@ -62,7 +62,7 @@ need_by_hand() {
     done
 }
 
-# build PRESET [TARGET...]: configures once and builds what has changed.
+# build PRESET [TARGET...]: configures once, then builds.
 build() (
     preset=$1 log=build/$1.log
     shift
