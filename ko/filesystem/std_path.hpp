@@ -4,7 +4,7 @@
 
 #include <ko/filesystem/path.hpp>
 
-/// Makes `upath::to_std` and `upath::from_std` usable. In a header of its own, because <filesystem>
+/// Makes `upath::to_std` and `upath::from_std` usable. In a header of its own, because `<filesystem>`
 /// takes as long to compile as the rest of path.hpp.
 namespace ko::filesystem::detail {
 
