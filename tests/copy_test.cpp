@@ -20,41 +20,49 @@
 namespace ko::filesystem {
 namespace {
 
+using testing::row;
 using testing::scratch_dir;
 using testing::utf16;
 using testing::utf8;
+constexpr auto must = &scratch_dir::must;
 
 constexpr copy_option overwrite = copy_option::overwrite_if_exists;
 constexpr copy_option recursive = copy_option::recursive;
 
-class Copy : public testing::scratch_test {
+auto const copy_with = [](copy_option options) {
+    return [=](auto const& from, auto const& to) { copy(from, to, options); };
+};
+auto const copy_file_with = [](copy_option options) {
+    return [=](auto const& from, auto const& to) { copy_file(from, to, options); };
+};
+
+/// Tables hold for texts and for path objects.
+class Copy : public testing::table_test<std::u16string, upath> {
 protected:
-    static void file(char16_t const* name, char const* content, time_t written) {
+    static void file(char16_t const* name, char const* content, time_t written = 0) {
         std::ofstream(utf8(name)) << content;
         timespec const times[] = {{written, 0}, {written, 0}};
-        scratch_dir::must(::utimensat(AT_FDCWD, utf8(name).c_str(), times, 0) == 0);
+        must(::utimensat(AT_FDCWD, utf8(name).c_str(), times, 0) == 0);
     }
 
     /// The content of a file, the text of a link, what the file "f" in a directory holds.
     std::string state(std::u16string const& name) const {
-        switch (symlink_status(name).type) {
-            case file_status::file_not_found: return "nothing";
-            case file_status::symlink_file: return "link " + utf8(read_symlink(name));
-            case file_status::directory_file: return "directory of " + state(name + u"/f");
-            default: return scratch.content(name);
-        }
+        if (is_symlink(name)) return "link " + utf8(read_symlink(name));
+        if (is_directory(name)) return "directory of " + state(name + u"/f");
+        return exists(name) ? scratch.content(name) : "nothing";
     }
 };
 
-// Every value of the options with every kind of source and target, against the rules once more.
+// Every value of the options with every kind of source and target, against the rules.
 
-char16_t const* const sources[] = {u"missing", u"file",     u"directory", u"to file",
-                                   u"to dir",  u"dangling", u"to link",   u"fifo"};
+std::string const invalid = "InvalidArgument \"Invalid combination selected: ";
+std::string const together = " cannot be used together\"";
+std::string const rejected =
+    invalid + "overwrite_if_exists, skip_existing & update_existing" + together;
+
 enum class target { missing, old_file, new_file, directory, dangling };
 
-struct result {
-    std::string outcome, state;
-};
+using result = std::pair<std::string, std::string>;  // outcome, state
 
 struct rules {
     std::u16string source;
@@ -66,15 +74,9 @@ struct rules {
     bool to_exists() const { return to != target::missing && to != target::dangling; }
     bool to_is_file() const { return to == target::old_file || to == target::new_file; }
     result failed(std::string const& outcome) const { return {outcome, before}; }
-    result invalid(std::string const& what) const {
-        return failed("InvalidArgument \"Invalid combination selected: " + what +
-                      " cannot be used together\"");
-    }
-
     result expected() const {
-        if (has(16) && has(32)) return invalid("copy_symlinks & skip_symlinks");
-        if (has(1) + has(2) + has(4) > 1)
-            return invalid("overwrite_if_exists, skip_existing & update_existing");
+        if (has(16) && has(32)) return failed(invalid + "copy_symlinks & skip_symlinks" + together);
+        if (has(1) + has(2) + has(4) > 1) return failed(rejected);
         if (source == u"missing") return failed("PathNotFound");
         if (source == u"fifo") return failed("InvalidArgument \"Unsupported file type\"");
         if (source == u"file") return file("file");
@@ -113,7 +115,7 @@ struct rules {
     }
 };
 
-TEST_F(Copy, FollowsTheRulesWithAllOptions) {
+TEST_F(Copy, FollowsTheRulesForAllOptions) {
     file(u"file", "source", 1000);
     scratch.directory(u"directory");
     file(u"directory/f", "source", 1000);
@@ -121,72 +123,67 @@ TEST_F(Copy, FollowsTheRulesWithAllOptions) {
     scratch.link(u"to dir", "directory");
     scratch.link(u"to link", "to file");
     scratch.link(u"dangling", "nowhere");
-    scratch_dir::must(::mkfifo("fifo", 0600) == 0);
-    int cases = 0;
-    for (std::u16string const source : sources)
+    must(::mkfifo("fifo", 0600) == 0);
+    for (std::u16string const source : {u"missing", u"file", u"directory", u"to file", u"to dir",
+                                        u"dangling", u"to link", u"fifo"})
         for (target const to : {target::missing, target::old_file, target::new_file,
                                 target::directory, target::dangling})
-            for (unsigned options = 0; options != 256; ++options, ++cases) {
+            for (unsigned options = 0; options != 256; ++options) {
                 std::filesystem::remove_all("to");
                 std::filesystem::remove("elsewhere");
                 if (to == target::old_file) file(u"to", "old", 999);
                 if (to == target::new_file) file(u"to", "new", 1000);
                 if (to == target::directory) scratch.directory(u"to"), file(u"to/f", "old", 999);
                 if (to == target::dangling) scratch.link(u"to", "elsewhere");
-                result const expected = rules{source, to, options, state(u"to")}.expected();
+                auto const [outcome, after] = rules{source, to, options, state(u"to")}.expected();
                 SCOPED_TRACE(utf8(source) + ' ' + std::to_string(options));
-                TELLS(copy(source, u"to", static_cast<copy_option>(options)), expected.outcome);
-                ASSERT_EQ(state(u"to"), expected.state) << static_cast<int>(to);
+                TELLS(copy(source, u"to", static_cast<copy_option>(options)), outcome);
+                ASSERT_EQ(state(u"to"), after) << static_cast<int>(to);
             }
-    EXPECT_EQ(cases, 8 * 5 * 256);
 }
 
 TEST_F(Copy, ReportsThePathAtFault) {
     std::string const empty = "InvalidArgument \"Empty Path not permitted\"";
-    std::string const long_name(300, 'n');
-    file(u"f", "", 0);
-    file(u"g", "", 0);
+    std::string const bad_link = "InvalidArgument \"Target of the symbolic link does not exist\"";
+    std::string const missing = "PathNotFound [missing]",
+                      unsupported = "SystemError [f] [p] ENOSYS";
+    for (char16_t const* const name : {u"f", u"g"}) file(name, "");
     scratch.directory(u"d");
     scratch.link(u"bad", "\xFF");
-    scratch_dir::must(::mkfifo("p", 0600) == 0);
-    TELLS(copy(upath(), upath(u"f")), empty);
-    TELLS(copy(upath(u"f"), upath()), empty);
-    TELLS(copy_file(upath(), upath(u"f")), empty);
-    TELLS(copy_directory(u"f", u""), empty);
-    TELLS(copy_symlink(u"", u"f"), empty);
-    TELLS(copy(u"bad", u"x"), "InvalidArgument \"Target of the symbolic link does not exist\"");
-    TELLS(copy(std::u16string(u"f\0", 2), u"x"), "InvalidArgument \"\" [f\\0]");
-    // What comes from Boost, with the low bytes of the paths.
-    TELLS(copy_file(u"missing", u"x"), "PathNotFound [missing]");
-    TELLS(copy_file(u"missing", u"g", copy_option::update_existing), "PathNotFound [missing]");
-    TELLS(copy_file(u"m\u6F22\u00E9", u"x"), "PathNotFound [m\"\uFFFD]");
-    TELLS(copy_file(u"f", u"no/x"), "PathNotFound [no/x]");
-    TELLS(copy_file(u"f", u"g"), "FileExistsError [g]");
-    TELLS(copy_file(u"f", utf16(long_name)), "FileNameTooLarge [" + long_name + "]");
-    TELLS(copy_file(u"d", u"x"), "SystemError [d] [x] ENOSYS");
-    TELLS(copy_file(u"f", u"d", overwrite), "FileIsDirectory [f]");
-    TELLS(copy_file(u"f/x", u"x"), "NotDirectoryError [f/x]");
-    TELLS(copy_file(u"p", u"x"), "SystemError [p] [x] ENOSYS");
-    TELLS(copy_file(u"f", u"p", overwrite), "SystemError [f] [p] ENOSYS");
-    TELLS(copy_file(u"f", u"p", copy_option::update_existing), "SystemError [f] [p] ENOSYS");
-    TELLS(copy_file(u"f", u"p"), "FileExistsError [p]");
-    TELLS(copy_directory(u"missing", u"x"), "PathNotFound [missing]");
-    TELLS(copy_directory(u"d", u"no/x"), "PathNotFound [no/x]");
-    TELLS(copy_directory(u"d", u"f"), "FileExistsError [f]");
-    scratch_dir::must(::chmod("d", 0555) == 0 && ::chmod("g", 0) == 0);
+    must(::mkfifo("p", 0600) == 0);
+    expect(LIFT(copy), row(u"", u"f", empty), row(u"f", u"", empty), row(u"bad", u"x", bad_link),
+           row(u"f//", u"g//", "FileExistsError [g]"),
+           row(std::u16string(u"f\0", 2), u"x", "InvalidArgument \"\" [f\\0]"));
+    // What comes from Boost has the low bytes of the paths.
+    expect(LIFT(copy_file), row(u"", u"f", empty), row(u"missing//", u"x", missing),
+           row(u"m\u6F22\u00E9", u"x", "PathNotFound [m\"\uFFFD]"),
+           row(u"f//", u"g//", "FileExistsError [g]"),
+           row(u"d", u"x", "SystemError [d] [x] ENOSYS"),
+           row(u"p", u"x", "SystemError [p] [x] ENOSYS"), row(u"f", u"p", "FileExistsError [p]"));
+    expect(copy_file_with(overwrite), row(u"f", u"d", "FileIsDirectory [f]"),
+           row(u"f", u"p", unsupported));
+    expect(copy_file_with(copy_option::update_existing), row(u"missing", u"g", missing),
+           row(u"f", u"p", unsupported));
+    expect(LIFT(copy_directory), row(u"f", u"", empty), row(u"missing//", u"x", missing),
+           row(u"d//", u"f//", "FileExistsError [f]"));
+    auto const contradictory = overwrite | copy_option::skip_existing;
+    expect(copy_with(contradictory), row(u"missing", u"x", rejected));
+    expect(copy_file_with(contradictory), row(u"missing", u"x", rejected));
+    must(::chmod("d", 0555) == 0 && ::chmod("g", 0) == 0);
     testing::as_unprivileged_child([&] {
-        TELLS(copy_file(u"f", u"d/x"), "AccessDenied [d/x]");
-        TELLS(copy_file(u"g", u"d/x"), "AccessDenied [g]");
+        expect(LIFT(copy_file), row(u"f", u"d/x", "AccessDenied [d/x]"),
+               row(u"g", u"d/x", "AccessDenied [g]"));
     });
 }
 
-TEST_F(Copy, NeverOverwritesAFileWithItself) {
-    file(u"f", "precious", 0);
-    scratch_dir::must(::link("f", "hard") == 0);
+TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
+    file(u"f", "precious");
+    must(::link("f", "hard") == 0);
     scratch.link(u"link", "f");
     for (std::u16string const name : {u"f", u"hard", u"link"}) {
-        TELLS(copy_file(u"f", name, overwrite), "FileExistsError [" + utf8(name) + "]");
-        TELLS(copy(u"f", name, overwrite), "FileExistsError [" + utf8(name) + "]");
+        std::string const refused = "FileExistsError [" + utf8(name) + "]";
+        expect(copy_file_with(overwrite), row(u"f", name, refused));
+        expect(copy_with(overwrite), row(u"f", name, refused));
         TELLS(copy_file(name, u"f", copy_option::update_existing), "ok");
         EXPECT_EQ(scratch.content(u"f"), "precious");
     }
@@ -197,7 +194,7 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
     for (unsigned i = 0; i < 300'000; ++i) content += static_cast<char>(i * i >> 3);
     for (std::string const& bytes : {std::string(), content}) {
         scratch.file(u"f", bytes);
-        scratch_dir::must(::chmod("f", 0640) == 0);
+        must(::chmod("f", 0640) == 0);
         copy_file(upath(u"f"), upath(u"\u6F22"));
         copy_file(u".//f", u"\u6F22", overwrite);
         EXPECT_EQ(scratch.content(u"\u6F22"), bytes);
@@ -205,34 +202,16 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
         remove(u"f");
         remove(u"\u6F22");
     }
-    scratch.file(u"sparse");
-    scratch_dir::must(::truncate("sparse", 64 << 20) == 0);
-    copy_file(u"sparse", u"copy");
-    EXPECT_EQ(status(u"copy").size, 64u << 20);
     scratch.directory(u"d", 0750);
     copy_directory(u"d", u"made");
-    copy_directory(upath(u"d"), upath(u"made"));  // exists: stays
+    expect(LIFT(copy_directory), row(u"d", u"made", "ok"));  // exists: stays
     EXPECT_EQ(status(u"made").permissions, 0750u);
 }
 
-TEST_F(Copy, CopiesATreeAsDiffSees) {
-    // A minimal system may have no diffutils, and nothing but diff is asked to judge here.
-    if (std::system("diff --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "diff is missing";
-    std::u16string dir = u"tree";
-    for (unsigned level = 0; level < 6; ++level, dir += u"/\u00E9t\u00E9") {
-        scratch.directory(dir);
-        scratch.file(dir + u"/\U0001F600", std::string(1000u * level, 'x'));
-        scratch.link(dir + u"/link", "no/where");
-        scratch.directory(dir + u"/empty");
-    }
-    copy(upath(u"tree"), upath(u"new/copy"), recursive | copy_option::copy_symlinks);
-    EXPECT_EQ(std::system("diff -r --no-dereference tree new/copy"), 0);
-}
-
-TEST_F(Copy, CopiesTheTextOfALinkAsItIs) {
+TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
     testing::environment_guard const home("HOME", scratch.path8().c_str());
     scratch.link(u"l", "~/x//y");
-    file(u"f", "", 0);
+    file(u"f", "");
     TELLS(copy_symlink(u"l", u"copy"), "ok");
     TELLS(copy_symlink(upath(u"~/l"), upath(u"~/other")), "ok");
     EXPECT_EQ(state(u"copy") + state(u"other"), "link ~/x//ylink ~/x//y");
@@ -242,33 +221,34 @@ TEST_F(Copy, CopiesTheTextOfALinkAsItIs) {
     TELLS(copy_symlink(u"l", u"l"), "FileExistsError [~/x//y]");
 }
 
-TEST_F(Copy, EndsAtOnceWhenItWouldGoIntoItself) {
+TEST_F(Copy, RefusesToCopyATreeIntoItself) {
     scratch.directory(u"d");
     scratch.directory(u"d/sub");
-    file(u"d/f", "", 0);
+    file(u"d/f", "");
     scratch.link(u"to d", "d");
     scratch.link(u"to sub", "d/sub");
+    auto const tree = copy_with(recursive | overwrite);
     for (std::u16string const to :
          {u"d", u"d/sub", u"d/x/y", u"to sub", u"to sub/x", u"to d/./x", u"x/../d/y",
           u"x/../to d/y", u"d/sub/../sub/x", u"d/x/../../d/y", u"./d/x"}) {
-        TELLS(copy(u"d", to, recursive | overwrite), "InvalidArgument \"\" [d] [" + utf8(to) + "]");
+        expect(tree, row(u"d", to, "InvalidArgument \"\" [d] [" + utf8(to) + "]"));
         std::filesystem::recursive_directory_iterator const entries("d");
         EXPECT_EQ(std::distance(begin(entries), end(entries)), 2) << utf8(to);
     }
-    TELLS(copy(u"d", u"d/sub", recursive), "FileExistsError [d/sub]");
-    for (std::u16string const to : {u"d/../e", u"dd", u"x/y/../../e2"})
-        TELLS(copy(u"d", to, recursive | overwrite), "ok");
-    TELLS(copy(u"d/sub", u"d/e", recursive), "ok");
-
-    scratch.link(u"d/sub/back", scratch.path8() + "/d");
-    TELLS(copy(u"d", u"y", recursive), "SystemError [d/sub/back] ELOOP");
-    remove(u"d/sub/back");
+    expect(tree, row(u"d", u"d/../e", "ok"), row(u"d", u"dd", "ok"),
+           row(u"d", u"x/y/../../e2", "ok"), row(u"d/sub", u"d/e", "ok"));
+    scratch.directory(u"z");
+    scratch.link(u"z/sub", "../d/sub");  // below the target, a link to what is copied there
+    expect(tree, row(u"d", u"z", "InvalidArgument \"\" [d/sub] [z/sub]"));
+    // A link's text counts as a name where it is looked up, and has its tilde expanded where it is
+    // listed.
     testing::environment_guard const home("HOME", scratch.path8().c_str());
-    scratch.directory(u"~");  // a link's text counts as a name where it is looked up,
-    scratch.directory(u"~/d");
-    scratch.link(u"d/sub/back", "~/d");  // and has its tilde expanded where it is listed
-    TELLS(copy(u"d", u"y2", recursive), "SystemError [d/sub/back] ELOOP");
-    remove(u"d/sub/back");
+    std::filesystem::create_directories("~/d");
+    for (std::string const& back : {scratch.path8() + "/d", std::string("~/d")}) {
+        scratch.link(u"d/sub/back", back);
+        TELLS(copy(u"d", u"y", recursive), "SystemError [d/sub/back] ELOOP");
+        for (char const* const name : {"d/sub/back", "y"}) std::filesystem::remove_all(name);
+    }
     // Nor into what is above the target, is the target, or was made for it.
     scratch.directory(u"elsewhere");
     for (std::string const meets : {"elsewhere", "elsewhere/x", "elsewhere/x/y"}) {
@@ -280,87 +260,61 @@ TEST_F(Copy, EndsAtOnceWhenItWouldGoIntoItself) {
     }
 }
 
-TEST_F(Copy, WorksBelowADirectoryWithoutAPath) {
+TEST_F(Copy, WorksBelowAnOverlongWorkingDirectory) {
     for (int level = 0; level != 400; ++level) {  // three times the longest path that macOS takes
-        scratch_dir::must(::mkdir("ten-units.", 0755) == 0 && ::chdir("ten-units.") == 0);
+        must(::mkdir("ten-units.", 0755) == 0 && ::chdir("ten-units.") == 0);
     }
-    scratch_dir::must(::mkdir("d", 0755) == 0 && ::mkdir("d/s", 0755) == 0);
+    must(::mkdir("d", 0755) == 0 && ::mkdir("d/s", 0755) == 0);
     TELLS(copy(u"d", u"d/s/x", recursive), "InvalidArgument \"\" [d] [d/s/x]");
     TELLS(copy(u"d", u"x", recursive), "ok");
     EXPECT_EQ(status(u"x/s").type, file_status::directory_file);
 }
 
-TEST_F(Copy, KeepsSetIdBitsForTheSameOwnerOnly) {
+TEST_F(Copy, KeepsSetIdBitsOnlyForTheSameOwner) {
     // Only root may give a file away.
     if (::getuid() != 0) GTEST_SKIP() << "needs root";
     for (unsigned const owner : {0u, 1000u}) {
-        std::uint32_t const expected = owner == 0 ? 06755 : 0755;
-        scratch.file(u"f");
-        scratch_dir::must(::chown("f", owner, owner) == 0 && ::chmod("f", 06755) == 0);
-        copy_file(u"f", u"x");
-        copy(u"f", u"y");
-        EXPECT_EQ(status(u"x").permissions, expected);
-        EXPECT_EQ(status(u"y").permissions, expected);
-        for (auto const* const name : {u"f", u"x", u"y"}) remove(name);
+        std::u16string const to = owner == 0 ? u"own" : u"foreign";
+        file(u"f", "");
+        must(::chown("f", owner, owner) == 0 && ::chmod("f", 06755) == 0);
+        copy_file(u"f", to);
+        copy(u"f", to + u"2");
+        for (std::u16string const& made : {to, to + u"2"})
+            EXPECT_EQ(status(made).permissions, owner == 0 ? 06755u : 0755u);
     }
 }
 
-TEST_F(Copy, AsksItsObserverBeforeEachEntry) {
-    for (char16_t const* const name : {u"t", u"t/d", u"t/d/e"}) scratch.directory(name);
-    scratch.file(u"t/a", "123");
-    scratch.file(u"t/d/b", "45");
-    scratch.link(u"t/l", "d");
+TEST_F(Copy, CallsItsObserverBeforeEachEntry) {
+    for (char16_t const* const name : {u"t", u"t/\u00E9", u"t/\u00E9/d"}) scratch.directory(name);
+    file(u"t/a", "123");
+    file(u"t/\u00E9/\u6F22", "45");
+    scratch.link(u"t/l", "no/where");
     constexpr auto tree = recursive | copy_option::copy_symlinks;
     std::vector<std::pair<std::u16string, std::u16string>> entries;
     std::uint64_t bytes = 0;
     copy(u"t", u"whole", tree, [&](copy_step const& step) {
-        EXPECT_EQ(step.entries, entries.size());
-        EXPECT_EQ(step.bytes, bytes);
+        EXPECT_TRUE(step.entries == entries.size() && step.bytes == bytes);
         EXPECT_EQ(step.what.type, symlink_status(step.from).type);
         entries.emplace_back(step.from, u"part" + step.to.substr(5));
         bytes += step.what.type == file_status::regular_file ? step.what.size : 0;
         return true;
     });
-    EXPECT_EQ(bytes, 5u);
-    std::filesystem::recursive_directory_iterator const listing("t");
-    ASSERT_EQ(entries.size() - 1, static_cast<std::size_t>(std::distance(begin(listing), {})));
-    int const next = ::dup(0);
-    ::close(next);
+    EXPECT_TRUE(bytes == 5 && entries.size() == 6);
     for (std::size_t last = 0; last != entries.size(); ++last) {
         auto const& [from, to] = entries[last];
-        TELLS(copy(u"t", u"part", tree, [=](copy_step const& s) { return s.entries != last; }),
-              "SystemError [" + utf8(from) + "] [" + utf8(to) + "] " + std::to_string(ECANCELED));
+        EXPECT_EQ(state(u"whole" + to.substr(4)), state(from));
+        auto const refuse = [=](copy_step const& step) { return step.entries != last; };
+        auto const fail = [=](copy_step const& step) { return refuse(step) ? true : throw last; };
+        std::string const canceled =
+            "SystemError [" + utf8(from) + "] [" + utf8(to) + "] ECANCELED";
+        TELLS(copy(u"t", u"part", tree, refuse), canceled);
         for (std::size_t i = 0; i != entries.size(); ++i)
-            EXPECT_EQ(symlink_status(entries[i].second).type != file_status::file_not_found,
-                      i < last);
-        EXPECT_THROW(
-            copy(upath(u"t"), upath(u"x"), tree,
-                 [=](copy_step const& s) { return s.entries == last ? throw last : true; }),
-            std::size_t);
+            EXPECT_EQ(state(entries[i].second) != "nothing", i < last);
         std::filesystem::remove_all("part");
-        std::filesystem::remove_all("x");
+        TELLS(copy(upath(u"t"), upath(u"part"), tree, refuse), canceled);
+        EXPECT_THROW(copy(u"t", u"x", tree, fail), std::size_t);
+        for (char const* const name : {"part", "x"}) std::filesystem::remove_all(name);
     }
-    int const next_now = ::dup(0);
-    ::close(next_now);
-    EXPECT_EQ(next_now, next) << "a descriptor is left open";
-    TELLS(copy(u"t", u"x", tree, copy_observer()), "ok");
-}
-
-TEST_F(Copy, MeansItsOddities) {
-    testing::environment_guard const home("HOME", "/h");
-    scratch.directory(u"d");
-    scratch.link(u"d/link", "f");  // a relative target counts from the working directory
-    file(u"d/f", "beside the link", 0);
-    TELLS(copy(u"d/link", u"x"), "PathNotFound [d/link]");
-    file(u"f", "here", 0);
-    TELLS(copy(u"d/link", u"x"), "ok");
-    EXPECT_EQ(state(u"x"), "here");
-    file(u"d/~", "", 0);  // a tilde is expanded when names are joined
-    TELLS(copy(u"d", u"y", recursive | copy_option::skip_symlinks),
-          "InvalidArgument \"Absolute path not permitted\"");
-    scratch.directory(u"e");
-    scratch_dir::must(::mkdir("e/\xFF", 0755) == 0);
-    TELLS(copy(u"e", u"z", recursive), "InvalidArgument \"Empty Path not permitted\"");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -24,7 +25,7 @@ namespace ko::filesystem::testing {
 inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
 inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
 
-/// A directory of its own for one test, made with plain system calls and removed with all it holds.
+/// A directory for one test, made with plain system calls and removed with all it holds.
 class scratch_dir {
 public:
     explicit scratch_dir(std::string const& parent = std::filesystem::temp_directory_path())
@@ -78,8 +79,8 @@ private:
     std::string path_;
 };
 
-/// A directory on another file system than the working directory's, or nothing: not every machine has
-/// two that this user may write to, and a move between them can't be seen without.
+/// A directory on another file system than the working directory, or empty: not every machine has two
+/// that this user may write to.
 inline std::string directory_on_another_file_system() {
     char const* const other = "/dev/shm";
     struct stat here {
@@ -89,7 +90,7 @@ inline std::string directory_on_another_file_system() {
     return found ? other : "";
 }
 
-/// A test whose working directory is a scratch directory of its own, told by its real path.
+/// A test whose working directory is its own scratch directory, with the real path.
 class scratch_test : public ::testing::Test {
 protected:
     scratch_test() { scratch_dir::must(::chdir(scratch.path8().c_str()) == 0); }
@@ -101,32 +102,26 @@ private:
     std::string before_ = std::filesystem::current_path();
 };
 
-/// An environment variable with another value, or unset for null, while it lives.
+/// Sets an environment variable, or unsets it for null, for as long as this lives.
 class environment_guard {
 public:
     environment_guard(char const* name, char const* value) : name_(name) {
-        if (char const* const old = std::getenv(name)) old_ = old, was_set_ = true;
+        if (char const* const old = std::getenv(name)) old_ = old;
         set(value);
     }
     environment_guard(environment_guard const&) = delete;
-    environment_guard& operator=(environment_guard const&) = delete;
-    ~environment_guard() { set(was_set_ ? old_.c_str() : nullptr); }
+    ~environment_guard() { set(old_ ? old_->c_str() : nullptr); }
 
 private:
-    void set(char const* value) {
-        if (value == nullptr)
-            ::unsetenv(name_);
-        else
-            ::setenv(name_, value, 1);
+    void set(char const* value) const {
+        value == nullptr ? ::unsetenv(name_) : ::setenv(name_, value, 1);
     }
 
-    char const* name_;
-    std::string old_;
-    bool was_set_ = false;
+    char const* const name_;
+    std::optional<std::string> old_;
 };
 
-/// Runs `action` in a child process that has given up its rights for good, real user id included,
-/// and fails with it.
+/// Runs `action` in a child process that has given up root's rights, and fails if that does.
 template <class Action>
 void as_unprivileged_child(Action action) {
     pid_t const child = ::fork();

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <map>
 #include <string>
 #include <type_traits>
-#include <utility>
 
 #include <ko/filesystem.hpp>
 
@@ -14,28 +13,23 @@
 namespace ko::filesystem::testing {
 
 inline std::string error_name(int number) {
-    for (auto const& [known, name] : {std::pair(EBUSY, "EBUSY"),
-                                      {EIO, "EIO"},
-                                      {ELOOP, "ELOOP"},
-                                      {EMFILE, "EMFILE"},
-                                      {EPERM, "EPERM"},
-                                      {ENOSPC, "ENOSPC"},
-                                      {EROFS, "EROFS"},
-                                      {ENOMEM, "ENOMEM"},
-                                      {ENOSYS, "ENOSYS"}})
-        if (known == number) return name;
-    return std::to_string(number);
+    static std::map<int, std::string> const names = {
+        {EBUSY, "EBUSY"},   {ECANCELED, "ECANCELED"}, {EIO, "EIO"},       {ELOOP, "ELOOP"},
+        {EMFILE, "EMFILE"}, {EPERM, "EPERM"},         {ENOSPC, "ENOSPC"}, {EROFS, "EROFS"},
+        {ENOMEM, "ENOMEM"}, {ENOSYS, "ENOSYS"}};
+    auto const known = names.find(number);
+    return known == names.end() ? std::to_string(number) : known->second;
 }
 
-/// What comes of `action`, in a word for a table: the result (yes or no for truth), "ok" where
-/// there is none, or what is thrown: the class, the message of an InvalidArgument in quotes, the
-/// path and the arguments in brackets, the number of a SystemError. `root` is written "@", a zero
-/// "\0".
+/// What `action` results in, as a word for a table: its result (yes or no for truth), "ok" if it has
+/// none, or what it throws: the class, the message of an InvalidArgument in quotes, the path and the
+/// arguments in brackets (those of an exception without a path after "[]"), the number of a
+/// SystemError. `root` is written "@", a zero "\0".
 template <class Action>
 std::string outcome(std::string const& root, Action action) {
     auto const shown = [&root](std::u16string const& path) {
         std::string text = utf8(path);
-        for (std::size_t at = 0; (at = text.find(root, at)) != text.npos; ++at)
+        for (std::size_t at = 0; !root.empty() && (at = text.find(root, at)) != text.npos; ++at)
             text.replace(at, root.size(), "@");
         for (std::size_t at = 0; (at = text.find('\0', at)) != text.npos;)
             text.replace(at, 1, "\\0");
@@ -47,6 +41,8 @@ std::string outcome(std::string const& root, Action action) {
             return action(), "ok";
         else if constexpr (std::is_same_v<result, bool>)
             return action() ? "yes" : "no";
+        else if constexpr (std::is_integral_v<result>)
+            return std::to_string(action());
         else if constexpr (std::is_same_v<result, std::string>)
             return action();
         else if constexpr (std::is_same_v<result, upath>)
@@ -54,23 +50,63 @@ std::string outcome(std::string const& root, Action action) {
         else
             return shown(action());
     } catch (FsysExceptionBase const& error) {
-        std::string text = error.message_id().substr(error.message_id().rfind(':') + 1);
+        std::string text = error.message_id().substr(error.message_id().rfind(':') + 1), arguments;
         if (auto const* const invalid = dynamic_cast<InvalidArgument const*>(&error))
             text += " \"" + invalid->message() + '"';
-        if (!error.path().empty()) text += " [" + shown(error.path()) + ']';
         for (std::u16string const& argument : error.arguments())
-            if (!argument.empty()) text += " [" + shown(argument) + ']';
+            if (!argument.empty()) arguments += " [" + shown(argument) + ']';
+        if (!error.path().empty() || !arguments.empty()) text += " [" + shown(error.path()) + ']';
         int const number = error.system_error_number();
-        return number == 0 ? text : text + ' ' + error_name(number);
+        return text + arguments + (number == 0 ? "" : ' ' + error_name(number));
     } catch (std::exception const& error) {
         return std::string("std: ").append(error.what());
     }
 }
 
+struct path_row {
+    std::u16string path;
+    std::string expected;
+};
+struct pair_row {
+    std::u16string first, second;
+    std::string expected;
+};
+inline path_row row(std::u16string path, std::string expected) { return {path, expected}; }
+inline pair_row row(std::u16string first, std::u16string second, std::string expected) {
+    return {first, second, expected};
+}
+
+/// A test that checks in tables what operations result in, with their paths as each type in `Path`.
+template <class... Path>
+class table_test : public scratch_test {
+protected:
+    /// Calls `call` with the path of each row, or with its two paths.
+    template <class Call, class... Row>
+    void expect(Call call, Row const&... rows) const {
+        (check(call, rows), ...);
+    }
+
+private:
+    template <class Call>
+    void check(Call call, path_row const& row) const {
+        for (auto const& found :
+             {outcome(scratch.path8(), [&] { return call(Path(row.path)); })...})
+            EXPECT_EQ(found, row.expected) << utf8(row.path);
+    }
+    template <class Call>
+    void check(Call call, pair_row const& row) const {
+        for (auto const& found :
+             {outcome(scratch.path8(), [&] { return call(Path(row.first), Path(row.second)); })...})
+            EXPECT_EQ(found, row.expected) << utf8(row.first) << ", " << utf8(row.second);
+    }
+};
+
 }  // namespace ko::filesystem::testing
 
-/// In a test with a scratch directory of that name: what comes of the expression is what is
-/// expected.
+/// All overloads of an operation, to be called in `expect`.
+#define LIFT(operation) [](auto const&... p) { return operation(p...); }
+
+/// In a test with a scratch directory of that name: what the expression results in.
 #define TELLS(expression, expected)                                                                \
     EXPECT_EQ(ko::filesystem::testing::outcome(this->scratch.path8(), [&] { return expression; }), \
               expected)
