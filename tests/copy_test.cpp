@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,7 +38,7 @@ auto const copy_file_with = [](copy_option options) {
 };
 
 /// Tables hold for texts and for path objects.
-class Copy : public testing::table_test<std::u16string, upath> {
+class Copy : public testing::table_test {
 protected:
     static void file(char16_t const* name, char const* content, time_t written = 0) {
         std::ofstream(utf8(name)) << content;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -47,11 +46,8 @@ public:
 
     std::u16string file(std::u16string const& name, std::string const& content = {}) const {
         std::u16string const path = *this / name;
-        int const descriptor = ::open(utf8(path).c_str(), O_CREAT | O_EXCL | O_WRONLY, 0644);
-        must(descriptor >= 0 &&
-             ::write(descriptor, content.data(), content.size()) ==
-                 static_cast<ssize_t>(content.size()) &&
-             ::close(descriptor) == 0);
+        std::ofstream(utf8(path), std::ios::binary) << content;
+        must(::chmod(utf8(path).c_str(), 0644) == 0);
         return path;
     }
     std::u16string directory(std::u16string const& name, mode_t mode = 0755) const {

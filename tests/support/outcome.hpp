@@ -4,7 +4,9 @@
 #include <exception>
 #include <map>
 #include <string>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include <ko/filesystem.hpp>
 
@@ -21,10 +23,10 @@ inline std::string error_name(int number) {
     return known == names.end() ? std::to_string(number) : known->second;
 }
 
-/// What `action` results in, as a word for a table: its result (yes or no for truth), "ok" if it has
-/// none, or what it throws: the class, the message of an InvalidArgument in quotes, the path and the
-/// arguments in brackets (those of an exception without a path after "[]"), the number of a
-/// SystemError. `root` is written "@", a zero "\0".
+/// What `action` results in, in short: its result (yes or no for truth), "ok" if it has none, or what
+/// it throws: the class, the message of an InvalidArgument in quotes, the path and the arguments in
+/// brackets ("[]" for no path before an argument), the error number. `root` is written "@", a zero
+/// "\0".
 template <class Action>
 std::string outcome(std::string const& root, Action action) {
     auto const shown = [&root](std::u16string const& path) {
@@ -63,41 +65,33 @@ std::string outcome(std::string const& root, Action action) {
     }
 }
 
-struct path_row {
-    std::u16string path;
-    std::string expected;
-};
-struct pair_row {
-    std::u16string first, second;
-    std::string expected;
-};
-inline path_row row(std::u16string path, std::string expected) { return {path, expected}; }
-inline pair_row row(std::u16string first, std::u16string second, std::string expected) {
-    return {first, second, expected};
+/// A row of `expect`: the path or the two paths of a call, and what it results in.
+inline auto row(std::u16string const& path, std::string const& expected) {
+    return std::pair(std::tuple(path), expected);
+}
+inline auto row(std::u16string const& a, std::u16string const& b, std::string const& expected) {
+    return std::pair(std::tuple(a, b), expected);
 }
 
-/// A test that checks in tables what operations result in, with their paths as each type in `Path`.
-template <class... Path>
+/// A test that checks in tables what operations result in, with texts and with path objects.
 class table_test : public scratch_test {
 protected:
-    /// Calls `call` with the path of each row, or with its two paths.
     template <class Call, class... Row>
     void expect(Call call, Row const&... rows) const {
         (check(call, rows), ...);
     }
+    bool with_texts = true, with_paths = true;
 
 private:
-    template <class Call>
-    void check(Call call, path_row const& row) const {
-        for (auto const& found :
-             {outcome(scratch.path8(), [&] { return call(Path(row.path)); })...})
-            EXPECT_EQ(found, row.expected) << utf8(row.path);
-    }
-    template <class Call>
-    void check(Call call, pair_row const& row) const {
-        for (auto const& found :
-             {outcome(scratch.path8(), [&] { return call(Path(row.first), Path(row.second)); })...})
-            EXPECT_EQ(found, row.expected) << utf8(row.first) << ", " << utf8(row.second);
+    template <class Call, class Row>
+    void check(Call call, Row const& row) const {
+        auto const text = [&](auto const&... p) { return call(p...); };
+        auto const path = [&](auto const&... p) { return call(upath(p)...); };
+        auto const result = [&](auto const& as) {
+            return outcome(scratch.path8(), [&] { return std::apply(as, row.first); });
+        };
+        if (with_texts) EXPECT_EQ(result(text), row.second) << utf8(std::get<0>(row.first));
+        if (with_paths) EXPECT_EQ(result(path), row.second) << utf8(std::get<0>(row.first));
     }
 };
 
