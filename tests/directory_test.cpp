@@ -44,7 +44,8 @@ lines walked(Iterator it, bool leaves = false) {
         result.insert(path_of(*it) + depth + (it->is_directory() ? "d" : "") +
                       (is_file ? "f" : "") + (it->is_symlink() ? "l" : ""));
         if (leaves && it->path().filename().native().size() == 1) it.disable_recursion_pending();
-        leaves&& is_file&& it.depth() != 0 ? it.pop() : void(++it);
+        bool const leaves_now = leaves && is_file && it.depth() != 0;
+        leaves_now ? it.pop() : void(++it);
     }
     return result;
 }

@@ -192,12 +192,6 @@ TEST_P(Operations, CurrentPathIsChangedAndRead) {
     expect(LIFT(change_current_path), row(u"..", "yes"));
     TELLS(detail::get_cwd_mt(), scratch.path8());
     TELLS(detail::set_cwd_mt(utf8(zero)), "InvalidArgument \"\" [d\\0x]");
-    for (int level = 0; level < 12; ++level) {  // longer than PATH_MAX on macOS
-        std::u16string const name(200, static_cast<char16_t>('a' + level));
-        create_directory(name);
-        change_current_path(name);
-    }
-    EXPECT_EQ(get_current_path().size(), scratch.path8().size() + 12 * 201);
 }
 
 TEST_P(Operations, CurrentPathIsEmptyUnlessUtf8) {

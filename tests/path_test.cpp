@@ -58,6 +58,7 @@ TEST_F(Path, HasPartsInWhichATildeIsAName) {
     EXPECT_FALSE(upath(u"a").has_parent_path() || upath(u"/").has_relative_path());
     EXPECT_FALSE(upath(u".bashrc").has_stem() || upath().has_filename());
     EXPECT_EQ(upath(u"x/../~/./\u6F22").lexically_normal(), u"~/\u6F22");
+    EXPECT_EQ(upath(u"/../a/.").lexically_normal(), u"/../a/.");
     EXPECT_EQ(upath(u"/a/b/c").lexically_relative(upath(u"/a/d")), u"../b/c");
     EXPECT_EQ(upath(u"/a").lexically_proximate(upath(u"/a")), u".");
     EXPECT_EQ(upath(u"a").lexically_proximate(upath(u"..")), u"a");

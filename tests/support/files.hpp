@@ -40,9 +40,7 @@ public:
     }
 
     std::string const& path8() const noexcept { return path_; }
-    std::u16string operator/(std::u16string const& name) const {
-        return utf16(path_) + u'/' + name;
-    }
+    std::u16string operator/(std::u16string const& p) const { return utf16(path_) + u'/' + p; }
 
     std::u16string file(std::u16string const& name, std::string const& content = {}) const {
         std::u16string const path = *this / name;
@@ -79,8 +77,7 @@ private:
 /// that this user may write to.
 inline std::string directory_on_another_file_system() {
     char const* const other = "/dev/shm";
-    struct stat here {
-    }, there{};
+    struct stat here, there;
     bool const found = ::stat(other, &there) == 0 && ::stat(".", &here) == 0 &&
                        here.st_dev != there.st_dev && ::access(other, W_OK) == 0;
     return found ? other : "";

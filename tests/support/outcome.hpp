@@ -33,8 +33,7 @@ std::string outcome(std::string const& root, Action action) {
         std::string text = utf8(path);
         for (std::size_t at = 0; !root.empty() && (at = text.find(root, at)) != text.npos; ++at)
             text.replace(at, root.size(), "@");
-        for (std::size_t at = 0; (at = text.find('\0', at)) != text.npos;)
-            text.replace(at, 1, "\\0");
+        for (std::size_t at; (at = text.find('\0')) != text.npos;) text.replace(at, 1, "\\0");
         return text;
     };
     try {
@@ -85,13 +84,13 @@ protected:
 private:
     template <class Call, class Row>
     void check(Call call, Row const& row) const {
-        auto const text = [&](auto const&... p) { return call(p...); };
-        auto const path = [&](auto const&... p) { return call(upath(p)...); };
-        auto const result = [&](auto const& as) {
-            return outcome(scratch.path8(), [&] { return std::apply(as, row.first); });
+        auto const compare = [&](auto const& made) {
+            EXPECT_EQ(outcome(scratch.path8(), [&] { return std::apply(made, row.first); }),
+                      row.second)
+                << utf8(std::get<0>(row.first));
         };
-        if (with_texts) EXPECT_EQ(result(text), row.second) << utf8(std::get<0>(row.first));
-        if (with_paths) EXPECT_EQ(result(path), row.second) << utf8(std::get<0>(row.first));
+        if (with_texts) compare(call);
+        if (with_paths) compare([&](auto const&... p) { return call(upath(p)...); });
     }
 };
 
