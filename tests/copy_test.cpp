@@ -21,10 +21,8 @@
 namespace ko::filesystem {
 namespace {
 
-using testing::row;
-using testing::scratch_dir;
-using testing::utf16;
-using testing::utf8;
+using namespace testing;  // tests/support
+
 constexpr auto must = &scratch_dir::must;
 
 constexpr copy_option overwrite = copy_option::overwrite_if_exists;
@@ -38,7 +36,7 @@ auto const copy_file_with = [](copy_option options) {
 };
 
 /// Tables hold for texts and for path objects.
-class Copy : public testing::table_test {
+class Copy : public table_test {
 protected:
     static void file(char16_t const* name, char const* content, time_t written = 0) {
         std::ofstream(utf8(name)) << content;
@@ -171,7 +169,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     expect(copy_with(contradictory), row(u"missing", u"x", rejected));
     expect(copy_file_with(contradictory), row(u"missing", u"x", rejected));
     must(::chmod("d", 0555) == 0 && ::chmod("g", 0) == 0);
-    testing::as_unprivileged_child([&] {
+    as_unprivileged_child([&] {
         expect(LIFT(copy_file), row(u"f", u"d/x", "AccessDenied [d/x]"),
                row(u"g", u"d/x", "AccessDenied [g]"));
     });
@@ -210,7 +208,7 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
 }
 
 TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
-    testing::environment_guard const home("HOME", scratch.path8().c_str());
+    environment_guard const home("HOME", scratch.path8().c_str());
     scratch.link(u"l", "~/x//y");
     file(u"f", "");
     TELLS(copy_symlink(u"l", u"copy"), "ok");
@@ -243,7 +241,7 @@ TEST_F(Copy, RefusesToCopyATreeIntoItself) {
     expect(tree, row(u"d", u"z", "InvalidArgument \"\" [d/sub] [z/sub]"));
     // A link's text counts as a name where it is looked up, and has its tilde expanded where it is
     // listed.
-    testing::environment_guard const home("HOME", scratch.path8().c_str());
+    environment_guard const home("HOME", scratch.path8().c_str());
     std::filesystem::create_directories("~/d");
     for (std::string const& back : {scratch.path8() + "/d", std::string("~/d")}) {
         scratch.link(u"d/sub/back", back);

@@ -18,8 +18,9 @@
 namespace ko::filesystem {
 namespace {
 
-using testing::row;
-constexpr auto must = &testing::scratch_dir::must;
+using namespace testing;  // tests/support
+
+constexpr auto must = &scratch_dir::must;
 using recursive = recursive_directory_iterator;
 using option = directory_option;
 using lines = std::multiset<std::string>;
@@ -50,7 +51,7 @@ lines walked(Iterator it, bool leaves = false) {
     return result;
 }
 
-class Directory : public testing::table_test {
+class Directory : public table_test {
 protected:
     /// Names of many kinds in `d`, two of them not UTF-8.
     Directory() {
@@ -79,9 +80,7 @@ TEST_F(Directory, ListsWhatStdLists) {
 
 TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
     lines outcomes;
-    auto const ask = [&](auto question) {
-        outcomes.insert(testing::outcome(scratch.path8(), question));
-    };
+    auto const ask = [&](auto question) { outcomes.insert(outcome(scratch.path8(), question)); };
     for (directory_entry const& entry : directory_iterator(u"d//")) {
         if (entry.has_path()) continue;
         ask([&] { return entry.path(); });
@@ -104,7 +103,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
     scratch.directory(u"d/s/closed", 0);
-    testing::as_unprivileged_child([&] {
+    as_unprivileged_child([&] {
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
     });

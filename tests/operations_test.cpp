@@ -23,12 +23,8 @@
 namespace ko::filesystem {
 namespace {
 
-using testing::as_unprivileged_child;
-using testing::environment_guard;
-using testing::row;
-using testing::scratch_dir;
-using testing::utf16;
-using testing::utf8;
+using namespace testing;  // tests/support
+
 constexpr auto must = &scratch_dir::must;
 
 std::u16string const lone = std::u16string(u"x") + char16_t{0xD800};
@@ -38,7 +34,7 @@ std::string const no_path = "InvalidArgument \"Empty Path not permitted\"";
 
 /// `f` "content", `\u6F22`, `secret` 0000, `d` with `d/f` in it, `empty`, `closed` 0000, the links
 /// `l` to d, `dangling` and `loop`, and `fifo`.
-class Operations : public testing::table_test, public ::testing::WithParamInterface<bool> {
+class Operations : public table_test, public ::testing::WithParamInterface<bool> {
 protected:
     Operations() {
         with_texts = GetParam(), with_paths = !GetParam();
@@ -313,7 +309,7 @@ protected:
         preserving.preserve_last_write_time = 1;
     }
 
-    std::string const place_ = testing::directory_on_another_file_system();
+    std::string const place_ = directory_on_another_file_system();
     scratch_dir const other{place_.empty() ? "." : place_};
     rename_options preserving;
 };

@@ -6,7 +6,6 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
-#include <utility>
 
 #include <ko/filesystem.hpp>
 
@@ -65,11 +64,13 @@ std::string outcome(std::string const& root, Action action) {
 }
 
 /// A row of `expect`: the path or the two paths of a call, and what it results in.
-inline auto row(std::u16string const& path, std::string const& expected) {
-    return std::pair(std::tuple(path), expected);
+inline auto row(std::u16string const& path, std::string const& expected,
+                int line = __builtin_LINE()) {
+    return std::tuple(std::tuple(path), expected, line);
 }
-inline auto row(std::u16string const& a, std::u16string const& b, std::string const& expected) {
-    return std::pair(std::tuple(a, b), expected);
+inline auto row(std::u16string const& a, std::u16string const& b, std::string const& expected,
+                int line = __builtin_LINE()) {
+    return std::tuple(std::tuple(a, b), expected, line);
 }
 
 /// A test that checks in tables what operations result in, with texts and with path objects.
@@ -85,9 +86,9 @@ private:
     template <class Call, class Row>
     void check(Call call, Row const& row) const {
         auto const compare = [&](auto const& made) {
-            EXPECT_EQ(outcome(scratch.path8(), [&] { return std::apply(made, row.first); }),
-                      row.second)
-                << utf8(std::get<0>(row.first));
+            auto const& [paths, expected, line] = row;
+            auto const result = [&, &p = paths] { return std::apply(made, p); };
+            EXPECT_EQ(outcome(scratch.path8(), result), expected) << "row in line " << line;
         };
         if (with_texts) compare(call);
         if (with_paths) compare([&](auto const&... p) { return call(upath(p)...); });
