@@ -287,14 +287,14 @@ TEST_P(Operations, RenameReportsTheSourceOrTheTarget) {
     expect(LIFT(rename), row(u"missing", u"x", "PathNotFound [missing]"),
            row(u"f", u"no/x", "PathNotFound [no/x]"), row(u"", u"x", no_path),
            row(u"x", u"", no_path), row(u"d", u"d/x", "InvalidArgument \"\" [d] [d/x]"));
-    must(::chmod("empty", 0777) == 0 && ::chmod("d", 0555) == 0);
+    must(::chmod("empty", 0777) == 0 && ::chmod("d", 0555) == 0 && ::chmod(".", 0555) == 0);
     as_unprivileged_child([&] {
         expect(LIFT(rename), row(utf16(scratch.path8()) + u"/f", u"empty/g", "AccessDenied [@/f]"),
                row(u"f", u"empty/g", no_path));
         must(::mkdir("empty/m", 0755) == 0);
         expect(LIFT(rename), row(u"empty/m", u"d/m", "AccessDenied [d/m]"));
     });
-    must(::chmod("d", 0755) == 0);
+    must(::chmod("d", 0755) == 0 && ::chmod(".", 0755) == 0);
     expect(LIFT(rename), row(u"f//", u"\u6F22//", "ok"), row(u"d", u"e", "ok"));
     EXPECT_EQ(scratch.content(u"\u6F22"), "content");
     EXPECT_EQ(mode("f") + mode("d") + mode("e/f"), "nothingnothing-644");

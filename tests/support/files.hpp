@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -29,8 +28,7 @@ class scratch_dir {
 public:
     explicit scratch_dir(std::string const& parent = std::filesystem::temp_directory_path())
         : path_(parent + "/ko-test-XXXXXX") {
-        if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp: " + path_);
-        ::chmod(path_.c_str(), 0755);
+        must(::mkdtemp(path_.data()) != nullptr && ::chmod(path_.c_str(), 0755) == 0);
     }
     scratch_dir(scratch_dir const&) = delete;
     scratch_dir& operator=(scratch_dir const&) = delete;
