@@ -1,11 +1,15 @@
+// Both conversions against their rules, one unit after the other.
+
 #include <cstddef>
+#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include <ko/filesystem.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/iconv_converter.hpp>
 
-#include "support/plain_encoding.hpp"
 #include "support/short_texts.hpp"
 
 namespace ko::filesystem {
@@ -13,9 +17,71 @@ namespace {
 
 using detail::from_filesystem;
 using detail::to_filesystem;
-using testing::expected_utf16;
-using testing::expected_utf8;
 using testing::for_each_text;
+
+bool is_high(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool is_low(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+void put_utf8(std::string& out, unsigned long c) {
+    auto const put = [&out](unsigned long byte) { out += static_cast<char>(byte); };
+    if (c >= 0x10000)
+        put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 0x3F));
+    else if (c >= 0x800)
+        put(0xE0 | c >> 12);
+    if (c >= 0x800) put(0x80 | (c >> 6 & 0x3F));
+    if (c >= 0x80 && c < 0x800) put(0xC0 | c >> 6);
+    put(c < 0x80 ? c : (0x80 | (c & 0x3F)));
+}
+
+/// The rule for UTF-16 to UTF-8, unit by unit.
+std::string expected_utf8(std::u16string const& s) {
+    std::string out;
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        bool const last = i + 1 == s.size();
+        if (is_high(s[i]) && last) return {};
+        if (is_high(s[i]) && is_low(s[i + 1])) {
+            put_utf8(out, 0x10000ul + ((s[i] & 0x3FFul) << 10) + (s[i + 1] & 0x3FFul));
+            ++i;
+        } else {
+            put_utf8(out, is_high(s[i]) || is_low(s[i]) ? 0xFFFD : s[i]);
+        }
+    }
+    return out;
+}
+
+/// The rule for UTF-8 to UTF-16: at each byte a whole valid sequence, or U+FFFD for that byte.
+std::u16string expected_utf16(std::string const& s) {
+    std::u16string out;
+    for (std::size_t i = 0; i < s.size();) {
+        auto const at = [&s](std::size_t k) { return static_cast<unsigned char>(s[k]); };
+        std::size_t const length = at(i) < 0x80   ? 1
+                                   : at(i) < 0xC0 ? 0
+                                   : at(i) < 0xE0 ? 2
+                                   : at(i) < 0xF0 ? 3
+                                   : at(i) < 0xF8 ? 4
+                                                  : 0;
+        unsigned long c = length < 2 ? at(i) : at(i) & (0x7Fu >> length);
+        bool valid = length != 0 && i + length <= s.size();
+        for (std::size_t k = 1; valid && k < length; ++k) {
+            valid = (at(i + k) & 0xC0) == 0x80;
+            c = c << 6 | (at(i + k) & 0x3Fu);
+        }
+        std::string shortest;
+        if (valid && c <= 0x10FFFF && !(c >= 0xD800 && c < 0xE000)) put_utf8(shortest, c);
+        if (shortest.empty() || shortest.size() != length) {
+            out += u'\uFFFD';
+            ++i;
+            continue;
+        }
+        if (c >= 0x10000) {
+            out += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+            c = 0xDC00 + ((c - 0x10000) & 0x3FF);
+        }
+        out += static_cast<char16_t>(c);
+        i += length;
+    }
+    return out;
+}
 
 std::u16string const units = u"a\u007F\u0080\u07FF\u0800\u6F22\xD800\xDBFF\xDC00\xDFFF\uFFFF";
 std::string const bytes = "a\x7F\x80\xBF\xC1\xC3\xE0\xA0\xED\xE2\xF0\x90\xF4\xF8\xFF";
@@ -30,6 +96,8 @@ TEST(Encoding, ConvertsEveryShortTextByTheRule) {
         std::string const padded = "a whole vector of " + text;
         ASSERT_EQ(from_filesystem(text), expected_utf16(text)) << ::testing::PrintToString(text);
         ASSERT_EQ(from_filesystem(padded), expected_utf16(padded));
+        bool const is_whole = expected_utf8(expected_utf16(text)) == text;
+        ASSERT_EQ(detail::from_filesystem_strict(text), is_whole ? expected_utf16(text) : u"");
     });
 }
 
@@ -58,6 +126,7 @@ TEST(Encoding, ConvertsLongTexts) {
             EXPECT_EQ(text8, expected_utf8(text)) << size;
             EXPECT_EQ(from_filesystem(text8), expected_utf16(text8)) << size;
             EXPECT_EQ(from_filesystem(std::string(size, '\xFF')), std::u16string(size, u'\uFFFD'));
+            EXPECT_EQ(detail::from_filesystem_strict(text8 + '\xFF'), u"");
         }
 }
 
@@ -67,6 +136,26 @@ TEST(Encoding, OffersTheSameConversionUnderEveryName) {
     EXPECT_EQ(detail::make_native_access_form(text), to_filesystem(text));
     EXPECT_EQ(pathname_traits<char16_t>::from_filesystem("\xC3\xFF"), u"\uFFFD\uFFFD");
     EXPECT_EQ(detail::make_access_form("a//\xFF"), "a//\xFF");
+}
+
+// In a process of its own, since the first conversion settles what replaces bad units.
+TEST(EncodingDeathTest, IsTheFirstOneOfItsThreadAndOfTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto const convert = [] {
+        auto const to = [](char const* encoding) {
+            return posix::detail::to_filesystem_native_impl(u"a\u6F22\u00E9", encoding);
+        };
+        std::_Exit(to("ISO-8859-1") == "a\x1A\xE9" && to("UTF-8") == "a\x1A\xE9" ? 0 : 1);
+    };
+    EXPECT_EXIT(convert(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(Encoding, MayStopInsideAUnit) {
+    iconv_t const pairs = ::iconv_open("UTF-8", "UTF-8");  // meets units as pairs of bytes
+    std::string result;
+    EXPECT_TRUE(posix::detail::encode(u"\xFF41", pairs, "?", result));
+    EXPECT_EQ(result, "A?");
+    ::iconv_close(pairs);
 }
 
 }  // namespace

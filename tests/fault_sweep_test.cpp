@@ -9,9 +9,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -19,6 +20,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <ko/filesystem.hpp>
@@ -32,13 +34,14 @@ namespace ko::filesystem {
 namespace {
 
 using testing::call_recorder;
+using calls = std::vector<std::string>;
 using numbers = std::vector<int>;
 
-/// All that the manual pages name of the calls that are made.
+/// All that the manual pages name of the calls that are made, and 0 for a listing that just ends.
 numbers const all_errors = {
-    EACCES, EAGAIN,  EBADF,     EBUSY,     EDQUOT, EEXIST,       EFAULT, EFBIG,   EINTR,  EINVAL,
-    EIO,    EISDIR,  ELOOP,     EMFILE,    EMLINK, ENAMETOOLONG, ENFILE, ENOENT,  ENOMEM, ENOSPC,
-    ENOSYS, ENOTDIR, ENOTEMPTY, EOVERFLOW, EPERM,  ERANGE,       EROFS,  ETXTBSY, EXDEV};
+    0,      EACCES, EAGAIN,  EBADF,     EBUSY,     EDQUOT, EEXIST,       EFAULT, EFBIG,   EINTR,
+    EINVAL, EIO,    EISDIR,  ELOOP,     EMFILE,    EMLINK, ENAMETOOLONG, ENFILE, ENOENT,  ENOMEM,
+    ENOSPC, ENOSYS, ENOTDIR, ENOTEMPTY, EOVERFLOW, EPERM,  ERANGE,       EROFS,  ETXTBSY, EXDEV};
 
 bool holds(numbers const& all, int number) {
     return std::find(all.begin(), all.end(), number) != all.end();
@@ -68,12 +71,6 @@ enum paths : unsigned {
 
 using told_by = std::function<std::string(std::string const& root)>;
 
-struct exemption {
-    std::string call;
-    numbers errors;  ///< all, when empty
-    std::string outcome;
-};
-
 /// One operation, and what is to come of a fault in it.
 struct scenario {
     template <class Action>
@@ -98,13 +95,24 @@ struct scenario {
     }
 
     static inline int failing_allocation = 0;
-    static inline bool short_transfers = false;
 
     std::string name;
     unsigned reported;
     told_by told;
     std::string from = "@/f", to = "@/n";
+    struct exemption {
+        std::string call;
+        numbers errors;  ///< all, when empty
+        std::string outcome;
+    };
     std::vector<exemption> exemptions;
+};
+
+/// What happens around each trial of an operation.
+struct surroundings {
+    std::function<void()> prepare;
+    std::function<std::string()> kept;    ///< what no fault may change
+    std::function<std::string()> effect;  ///< all that the operation may change
 };
 
 /// All that `all` gives, added up; allocates nothing of its own. After a failure it must be at its end.
@@ -179,8 +187,8 @@ protected:
         return call;
     }
 
-    static std::vector<std::string> expected(scenario const& s, std::string const& call,
-                                             int error) {
+    static calls expected(scenario const& s, std::string const& call, int error) {
+        if (error == 0) return {"*"};  // no library can tell
         std::string const name = call.substr(0, call.find(' '));
         for (auto const& [exempt, numbers_meant, outcome] : s.exemptions) {
             bool const named = exempt == call || exempt == name;
@@ -193,7 +201,7 @@ protected:
         bool const repeatable =
             name.rfind("open", 0) == 0 || name == "statvfs" || name == "truncate";
         if (error == EINTR && repeatable && (s.reported & of_move) == 0) return {"no failure"};
-        std::vector<std::string> result;
+        calls result;
         if ((s.reported & none) != 0) result.push_back(mapped(error, {}));
         if ((s.reported & own) != 0) {
             std::string const given = call == name ? "" : call.substr(name.size() + 1);
@@ -214,69 +222,66 @@ protected:
         return result;
     }
 
-    /// Lets each allocation of `s` fail in turn.
-    template <class Prepare, class Kept, class Effect>
-    int sweep_memory(scenario const& s, Prepare prepare, Kept kept, Effect effect) {
-        prepare();
-        std::string const normal = s.told(scratch.path8()), normal_effect = effect();
+    /// What comes of `s` with the fault that `trial` arranges.
+    template <class Trial>
+    std::string outcome_of(scenario const& s, surroundings const& around, Trial trial) {
+        around.prepare();
+        std::string const kept_before = around.kept();
+        auto const open_before = open_descriptors();
+        std::string const outcome = trial();
+        std::filesystem::current_path(scratch.path8());
+        EXPECT_EQ(around.kept(), kept_before) << s.name;
+        EXPECT_EQ(open_descriptors(), open_before) << s.name;
+        return outcome;
+    }
+
+    /// Lets each allocation of `s` fail in turn. Gives their number.
+    int sweep_memory(scenario const& s, surroundings const& around) {
+        around.prepare();
+        std::string const normal = s.told(scratch.path8()), normal_effect = around.effect();
         for (int failing = 1;; ++failing) {
-            prepare();
-            std::string const kept_before = kept();
-            auto const open_before = open_descriptors();
             scenario::failing_allocation = failing;
-            std::string const outcome = s.told(scratch.path8());
+            std::string const outcome =
+                outcome_of(s, around, [&] { return s.told(scratch.path8()); });
             scenario::failing_allocation = 0;
-            std::filesystem::current_path(scratch.path8());
-            bool const as_normal = outcome == normal && effect() == normal_effect;
+            bool const as_normal = outcome == normal && around.effect() == normal_effect;
             // Some steps of the libraries below report a lack of memory as the system does.
-            bool const told =
-                outcome == "std: std::bad_alloc" || outcome.find("ENOMEM") != outcome.npos;
-            EXPECT_TRUE((as_normal || told) && kept() == kept_before &&
-                        open_descriptors() == open_before)
-                << s.name << ": allocation " << failing << ": " << outcome << "\n"
-                << kept();
-            if (as_normal && testing::allocation_watch::last_count() < failing) return failing - 1;
+            EXPECT_TRUE(as_normal || outcome == "std: std::bad_alloc" ||
+                        outcome.find("ENOMEM") != outcome.npos)
+                << s.name << ": allocation " << failing << ": " << outcome;
+            if (as_normal && testing::allocation_watch::count() < failing) return failing - 1;
         }
     }
 
-    /// Lets each call of `s` fail in turn. What `kept` gives must not change by a fault; `effect` is
-    /// all that the operation may change. Gives the number of faults.
-    template <class Prepare, class Kept, class Effect>
-    int sweep(scenario const& s, Prepare prepare, Kept kept, Effect effect) {
-        prepare();
-        std::vector<std::string> calls;
-        std::string normal;
-        {
+    /// Lets each call of `s` fail in turn. Gives the number of faults.
+    int sweep(scenario const& s, surroundings const& around, bool short_transfers = false) {
+        calls made;
+        auto const trial = [&](std::size_t index, int error) {
             call_recorder recorded;
-            recorded.short_transfers = scenario::short_transfers;
-            normal = s.told(scratch.path8());
-            calls = recorded.all;
-        }
-        std::string const normal_effect = effect();
-        EXPECT_FALSE(calls.empty()) << s.name;
+            recorded.failing_index = index, recorded.error = error;
+            recorded.short_transfers = short_transfers;
+            std::string const outcome = s.told(scratch.path8());
+            if (made.empty()) made = recorded.all;
+            return outcome;
+        };
+        around.prepare();
+        std::string const normal = trial(static_cast<std::size_t>(-1), 0);
+        std::string const normal_effect = around.effect();
+        EXPECT_FALSE(made.empty()) << s.name;
         int faults = 0;
-        for (std::size_t index = 0; index != calls.size(); ++index) {
+        for (std::size_t index = 0; index != made.size(); ++index) {
             for (int const error : all_errors) {
-                prepare();
-                std::string const kept_before = kept();
-                auto const open_before = open_descriptors();
-                std::string outcome;
-                {
-                    call_recorder recorded;
-                    recorded.failing_index = index, recorded.error = error;
-                    recorded.short_transfers = scenario::short_transfers;
-                    outcome = s.told(scratch.path8());
-                }
+                if (error == 0 && made[index].rfind("readdir", 0) != 0) continue;
                 ++faults;
-                std::filesystem::current_path(scratch.path8());
-                auto const wanted = expected(s, shown(calls[index]), error);
-                bool as_wanted = outcome == normal && effect() == normal_effect;
+                std::string const outcome =
+                    outcome_of(s, around, [&] { return trial(index, error); });
+                auto const wanted = expected(s, shown(made[index]), error);
+                bool as_wanted = outcome == normal && around.effect() == normal_effect;
                 for (auto const& text : wanted) as_wanted = as_wanted || matches(outcome, text);
-                EXPECT_TRUE(as_wanted && kept() == kept_before && open_descriptors() == open_before)
-                    << s.name << ": " << calls[index] << " (call " << index << ") fails with "
+                EXPECT_TRUE(as_wanted)
+                    << s.name << ": " << made[index] << " (call " << index << ") fails with "
                     << testing::error_name(error) << "\n  wanted " << wanted.front()
-                    << "\n  got    " << outcome << "\n"
-                    << kept() << open_descriptors() - open_before;
+                    << "\n  got    " << outcome;
             }
         }
         return faults;
@@ -351,6 +356,10 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("permissions", own, [=] { permissions(at(u"f"), 0600); })
             .but("stat", {ENOENT}, "ok")
             .but("stat", {}, "pathless"),
+        scenario("permissions, of a link", own,
+                 [=] { permissions(at(u"l"), 0600 | file_status::perms_symlink); })
+            .but("lstat", {ENOENT}, "*")
+            .but("lstat", {}, "pathless"),
         scenario("get_current_path", none, [=] { return get_current_path(); }),
         scenario("change_current_path", own, [=] { change_current_path(at(u"d")); }),
         scenario("create_directory", own, [=] { create_directory(at(u"n")); }),
@@ -422,10 +431,10 @@ TEST_F(FaultSweep, OfEveryCall) {
         auto const kept = [copies = row.name.rfind("copy", 0) == 0] {
             return copies ? everything_in("f") + everything_in("d") + everything_in("l") : "";
         };
-        auto const prepare = [this] { make_tree(); };
         auto const effect = [this] { return everything_in(scratch.path8()); };
-        faults += sweep(row, prepare, kept, effect);
-        allocations += sweep_memory(row, prepare, kept, effect);
+        surroundings const around = {[this] { make_tree(); }, kept, effect};
+        faults += sweep(row, around);
+        allocations += sweep_memory(row, around);
     }
     std::printf("%d faults and %d lacks of memory tried\n", faults, allocations);
 }
@@ -453,34 +462,124 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
 #endif
     make_tree();
     std::string const whole = everything_in("d");
-    auto const prepare = [&] { make_tree(), std::filesystem::remove_all(target); };
-    // Until the copy is whole, the source is.
-    auto const kept = [&] { return everything_in(target) == whole ? whole : everything_in("d"); };
-    auto const both = [&] { return everything_in(target) + "and\n" + everything_in("d"); };
-    for (bool const shortened : {false, true}) {
-        scenario::short_transfers = shortened;
-        std::printf("%d faults tried\n", sweep(move, prepare, kept, both));
-    }
-    scenario::short_transfers = false;
+    surroundings const around = {
+        [&] { make_tree(), std::filesystem::remove_all(target); },
+        // Until the copy is whole, the source is.
+        [&] { return everything_in(target) == whole ? whole : everything_in("d"); },
+        [&] { return everything_in(target) + "and\n" + everything_in("d"); }};
+    for (bool const shortened : {false, true})
+        std::printf("%d faults tried\n", sweep(move, around, shortened));
+}
 
-    // A listing that just ends, without an error: no library can tell.
-    auto const calls = [&] {
-        prepare();
+// What no system does, and what the sweep can't tell from what others do.
+TEST_F(FaultSweep, OfOddCalls) {
+    make_tree();
+    std::string const overlong(1024, 'n');
+    struct {
+        std::string call;
+        int error;
+        std::function<void()> action;
+        std::string outcome;
+    } const rows[] = {
+        {"mkdir n", 0, [] { create_directory(u"n"), create_directories(u"m"); }, "ok"},
+        {"rename f t", 0, [] { rename(u"f", u"t"); }, "ok"},
+        {"rename d/s t", EACCES, [] { rename(u"d/s", u"t"); }, "AccessDenied [t]"},
+        {"lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO"},
+        {"", 0, [] { read_symlink(u"/negative"); }, "SystemError " + std::to_string(ENAMETOOLONG)},
+        // A source that is too long is at fault, whatever the error says.
+        {"stat " + overlong, ENOENT, [&] { rename(testing::utf16(overlong), u"t"); },
+         "FileNameTooLarge [" + overlong + "]"},
+    };
+    for (auto const& row : rows) {
         call_recorder recorded;
-        EXPECT_EQ(move.told(scratch.path8()), "ok");
-        return recorded.all;
-    }();
-    for (std::size_t index = 0; index != calls.size(); ++index) {
-        if (calls[index].rfind("readdir", 0) != 0) continue;
-        prepare();
-        std::string told;
-        {
-            call_recorder recorded;
-            recorded.failing_index = index;
-            told = move.told(scratch.path8());
-        }
-        EXPECT_EQ(kept(), whole) << told;
+        recorded.failing = row.call, recorded.error = row.error;
+        TELLS(row.action(), row.outcome) << row.call;
     }
+    call_recorder const recorded;
+    EXPECT_EQ(read_symlink(u"/endless/5000"), std::u16string(5000, u'x'));
+    EXPECT_EQ(recorded.all, calls(5, "readlink /endless/5000"));
+}
+
+using RemoveAll = FaultSweep;
+TEST_F(RemoveAll, LooksAgainBeforeItRemovesOrGoesDown) {
+    scratch.directory(u"d");
+    scratch.directory(u"d/s");
+    scratch.file(u"d/s/f");
+    call_recorder recorded;
+    remove_all(u"d");
+    calls made;  // without readdir, of which the number is the C library's
+    for (auto const& call : recorded.all)
+        if (call.rfind("readdir", 0) != 0) made.push_back(call);
+    calls const expected = {
+        "lstat d",      "openat d",   "close",       "opendir d",  // the directory is one
+        "lstat d/s",    "openat d",   "close",                     // an entry, in it still
+        "openat d/s",   "close",      "opendir d/s",               // down
+        "lstat d/s/f",  "openat d/s", "close",       "unlink d/s/f",
+        "closedir d/s", "rmdir d/s",  "closedir d",  "rmdir d"};
+    EXPECT_EQ(made, expected);
+}
+
+using Copy = FaultSweep;
+TEST_F(Copy, MakesCallsInProportionToItsEntries) {
+    auto const merged = [](int depth) {
+        std::u16string chain = u"chain";
+        for (int level = 0; level < depth; ++level) chain += u"/d";
+        ensure_directories(chain);
+        constexpr auto options = copy_option::recursive | copy_option::skip_existing;
+        copy(u"chain", u"copy", options);
+        call_recorder recorded;
+        copy(u"chain", u"copy", options);
+        return recorded.all.size();
+    };
+    std::size_t const once = merged(40);
+    EXPECT_LT(merged(80), once * 21 / 10);
+}
+
+using CurrentPath = FaultSweep;
+TEST_F(CurrentPath, IsReadByNobodyWhileItChanges) {
+    std::atomic<bool> changing{false}, done{false};
+    std::thread changes([&] {
+        call_recorder recorded;
+        recorded.during = [&] {
+            changing = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            changing = false;
+        };
+        for (int i = 0; i < 20; ++i) change_current_path(u".");
+        done = true;
+    });
+    int overlaps = 0;
+    call_recorder recorded;
+    recorded.during = [&] { overlaps += changing ? 1 : 0; };
+    while (!done) get_current_path();
+    changes.join();
+    EXPECT_EQ(overlaps, 0);
+}
+
+TEST(Encoding, OpensEachConverterOncePerThreadAndClosesItWithIt) {
+    int const open_before = call_recorder::open_converters;
+    std::vector<std::thread> threads;
+    for (char16_t unit = u'\u6F22'; unit != u'\u6F22' + 100; ++unit)
+        threads.emplace_back([text = std::u16string(700, unit)] {
+            call_recorder const recorded;
+            detail::to_filesystem(u"ascii");  // needs none
+            for (int round = 0; round != 10; ++round)
+                EXPECT_EQ(detail::from_filesystem(detail::to_filesystem(text)), text);
+            EXPECT_EQ(recorded.all, calls(2, "iconv_open"));
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(call_recorder::open_converters, open_before);
+}
+
+TEST(Encoding, GivesNothingWithoutAConverter) {
+    int const open_before = call_recorder::open_converters;
+    std::thread([] {
+        call_recorder recorded;
+        recorded.failing = "iconv_open";
+        EXPECT_EQ(detail::to_filesystem(u"\u00E9") + detail::to_filesystem(u"ascii"), "ascii");
+        EXPECT_EQ(detail::from_filesystem("\xC3\xA9"), u"");
+    }).join();
+    EXPECT_EQ(call_recorder::open_converters, open_before) << "what is not open is not closed";
 }
 
 }  // namespace

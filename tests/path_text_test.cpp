@@ -28,30 +28,21 @@ struct PathText : ko::filesystem::testing::scratch_test {
     environment_guard home{"HOME", "//home//u/"};
 };
 
-/// Texts side by side, with a bar between them.
-template <class... Texts>
-std::string joined(text const& first, Texts const&... others) {
-    return utf8(first) + (... + ('|' + utf8(others)));
+/// Each text with a bar after it.
+std::string joined(std::vector<text> const& texts) {
+    std::string result;
+    for (text const& each : texts) result += utf8(each) + '|';
+    return result;
 }
 
 std::string parts(text const& p) {
-    return joined(extract_root_path(p), extract_relative_path(p), extract_parent_path(p),
-                  extract_filename(p), extract_stem(p), extract_extension(p));
+    return joined({extract_root_path(p), extract_relative_path(p), extract_parent_path(p),
+                   extract_filename(p), extract_stem(p), extract_extension(p)});
 }
 
 TEST_F(PathText, HasTheseParts) {
-    TELLS(parts(u""), "|||||");
-    TELLS(parts(u"/"), "/|||/|/|");
-    TELLS(parts(u"/a"), "/|a|/|a|a|");
-    TELLS(parts(u"/a/b.txt"), "/|a/b.txt|/a|b.txt|b|txt");
-    TELLS(parts(u"a/"), "|a/|a|||");
-    TELLS(parts(u"//a"), "/|/a|/|a|a|");
-    TELLS(parts(u"a.b.c"), "|a.b.c||a.b.c|a.b|c");
-    TELLS(parts(u".bashrc"), "|.bashrc||.bashrc||bashrc");
-    TELLS(parts(u"a."), "|a.||a.|a|");
-    TELLS(parts(u"x/.."), "|x/..|x|..|..|");
-    TELLS(parts(u"x/."), "|x/.|x|.|.|");
-    TELLS(extract_pathname_elements(u"a.").stem, "a.");
+    TELLS(parts(u"/a/b.c.txt"), "/|a/b.c.txt|/a|b.c.txt|b.c|txt|");
+    TELLS(parts(u".bashrc"), "|.bashrc||.bashrc||bashrc|");
     TELLS(extract_first_element(u"/a/b", 1), "/");
     TELLS(extract_first_element(u"ab", 9), "ab");
     TELLS(extract_root_name(u"//x"), "");
@@ -86,9 +77,9 @@ TEST_F(PathText, FollowsTheRulesForEveryShortText) {
         text removed = p;
         pathname_elements const all = extract_pathname_elements(p);
         ASSERT_EQ(parts(p),
-                  joined(rooted ? u"/" : u"", p.substr(rooted), parent, name, stem, extension));
-        ASSERT_EQ(joined(all.parent_path, all.filename, all.stem, all.extension),
-                  joined(parent, name, trailing_dot ? name : stem, extension));
+                  joined({rooted ? u"/" : u"", p.substr(rooted), parent, name, stem, extension}));
+        ASSERT_EQ(joined({all.parent_path, all.filename, all.stem, all.extension}),
+                  joined({parent, name, trailing_dot ? name : stem, extension}));
         ASSERT_TRUE(is_absolute(p) == rooted && get_root_path_length(p) == rooted);
         ASSERT_EQ(extract_root_directory(p), extract_root_path(p));
         ASSERT_EQ(remove_filename(removed), parent);
@@ -115,12 +106,10 @@ TEST_F(PathText, IsJoined) {
         return concatenate_pathname(base, addition, expand);
     };
     std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
-    TELLS(join(u"a", u"b"), "a/b");
     TELLS(join(u"a/", u"b"), "a/b");
     TELLS(join(u"/", u"b"), "/b");
     TELLS(join(u"", u"/b//c/"), "/b/c");
     TELLS(join(u"a", u""), "a/");
-    TELLS(join(u"a/", u""), "a/");
     TELLS(join(u"a//", u"b//c/"), "a//b/c");
     TELLS(join(u"a", u"~"), "a/~");
     TELLS(join(u"", u"~/x", true), "/home/u/x");
@@ -136,27 +125,17 @@ TEST_F(PathText, IsJoined) {
 
 TEST_F(PathText, GetsAnotherExtension) {
     auto const replaced = [](text p, text const& ext) { return replace_extension(p, ext); };
-    struct {
-        text p, ext;
-        char const* replaced;
-    } const rows[] = {
-        {u"a.txt", u"md", "a.md"},
-        {u"a.txt", u".md", "a.md"},
-        {u"a", u"md", "a.md"},
-        {u"a", u".md", "a.md"},
-        {u".bashrc", u"txt", ".txt"},
-        {u"a.", u"md", "a..md"},
-        {u"a.", u".md", "a..md"},
-        {u"a.b", u"c.d", "a.c.d"},
-        {u"a.txt", u"", "a.txt"},
-        {u"d.x/a", u"md", "d.x/a.md"},
-        {u"", u"md", ""},
-        {u"a/", u"..", "a/"},
-        {u"x/..", u"/", "x/.."},
-        {u".", u".", "."},
-        {u"d./.x", u"y", "d./.y"},
-    };
-    for (auto const& row : rows) TELLS(replaced(row.p, row.ext), row.replaced);
+    TELLS(replaced(u"d.x/a", u"md"), "d.x/a.md");
+    TELLS(replaced(u"a.txt", u".md"), "a.md");
+    TELLS(replaced(u".bashrc", u"txt"), ".txt");
+    TELLS(replaced(u"a.", u"md"), "a..md");
+    TELLS(replaced(u"a.", u".md"), "a..md");
+    TELLS(replaced(u"a.b", u"c.d"), "a.c.d");
+    TELLS(replaced(u"a.txt", u""), "a.txt");
+    TELLS(replaced(u"", u"md"), "");
+    TELLS(replaced(u"a/", u".."), "a/");
+    TELLS(replaced(u"x/..", u"/"), "x/..");
+    TELLS(replaced(u".", u"."), ".");
     for (text const ext : {u"..x", u".", u"..", u"x/y", u"/", u"./"})
         TELLS(replaced(u"a.txt", ext), "InvalidArgument \"Invalid extension\"");
     text self = u"a.b";
@@ -173,10 +152,8 @@ TEST_F(PathText, HasItsTildeExpanded) {
         std::string p, expanded;
     } const rows[] = {
         {"/h/u", "~", "/h/u"},
-        {"/h/u", "~/", "/h/u"},
         {"/h/u", "~/a//b", "/h/u/a//b"},
         {"/h/u/", "~/a", "/h/u//a"},
-        {"/h/u", "a/~", "a/~"},
         {"/h/u", "", ""},
         {"rel", "~//", "rel//"},
         {"/h/\u00E9", "~", "/h/\u00E9"},

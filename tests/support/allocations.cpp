@@ -21,8 +21,7 @@ allocation_watch::allocation_watch(int failing) noexcept {
 
 allocation_watch::~allocation_watch() { watching = false; }
 
-int allocation_watch::count() const noexcept { return allocations; }
-int allocation_watch::last_count() noexcept { return allocations; }
+int allocation_watch::count() noexcept { return allocations; }
 
 }  // namespace ko::filesystem::testing
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,24 +10,24 @@ namespace ko::filesystem::testing {
 
 /// The system calls that this thread makes while it lives, and the one that fails. A program that
 /// links system_calls.cpp defines the calls itself and so stands between every library in it and the
-/// C library; only ELF systems do that.
+/// C library; only dynamic ELF programs can do that.
 struct call_recorder {
     call_recorder() { current = this; }
     call_recorder(call_recorder const&) = delete;
     call_recorder& operator=(call_recorder const&) = delete;
     ~call_recorder() { current = nullptr; }
 
-    std::string failing;                                       ///< "name path", or the name alone
-    int nth = 0;                                               ///< which of them
-    std::size_t failing_index = static_cast<std::size_t>(-1);  ///< or: which of all
+    std::string failing = "none";                              ///< as in `all`
+    std::size_t failing_index = static_cast<std::size_t>(-1);  ///< or which of all
     int error = 0;                                             ///< what errno is then
-    bool short_transfers = false;                              ///< sendfile sends a byte at most
+    bool short_transfers = false;                              ///< a byte at most is sent or copied
+    std::function<void()> during;                              ///< runs while a call is made
 
     /// "name path", the name alone where there is no path; a directory's stream goes by its path.
     std::vector<std::string> all;
-    std::vector<std::string> made;  ///< without readdir, of which the number is the C library's
 
     static inline thread_local call_recorder* current = nullptr;
+    static inline std::atomic<int> open_converters{0};  ///< in the whole process
 };
 
 }  // namespace ko::filesystem::testing
