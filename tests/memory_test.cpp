@@ -22,13 +22,6 @@ using namespace detail;
 std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
 std::u16string const long_name = u"a-name-longer-than-the-buffer.of-a-string";
 
-template <class Action>
-int count_allocations(Action action) {
-    testing::allocation_watch const watch;
-    action();
-    return watch.count();
-}
-
 struct Memory : testing::scratch_test {};
 
 TEST_F(Memory, IsTakenForResultsOnly) {
@@ -36,15 +29,19 @@ TEST_F(Memory, IsTakenForResultsOnly) {
     upath const path(file), missing(scratch / u"missing");
     for (char16_t name = 0x4E00; name < 0x4E00 + 1000; ++name)
         scratch.file(u"many/" + std::u16string(1, name));
-    EXPECT_EQ(count_allocations([&] {
+    auto const count = [](auto action) {
+        testing::allocation_watch const watch;
+        return action(), watch.allocations;
+    };
+    EXPECT_EQ(count([&] {
                   exists(path), status(file), symlink_status(missing), is_directory(file);
                   last_write_time(path, last_write_time(file)), access(file, access_read);
                   create_hard_link(path, missing), remove_if_exists(missing);
               }),
               0);
-    EXPECT_EQ(count_allocations([&] { make_native_form(long_text, true); }), 1);
+    EXPECT_EQ(count([&] { make_native_form(long_text, true); }), 1);
     auto const list = [&] { EXPECT_EQ(std::distance(directory_iterator(many), {}), 1000); };
-    EXPECT_LT(count_allocations(list) + count_allocations([&] { remove_all(many); }), 30);
+    EXPECT_LT(count(list) + count([&] { remove_all(many); }), 30);
 }
 
 TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdlib>
 #include <new>
 
 namespace ko::filesystem::testing {
@@ -8,13 +10,27 @@ namespace ko::filesystem::testing {
 /// numbered `failing` (from 1; 0 for none) throw std::bad_alloc.
 class allocation_watch {
 public:
-    explicit allocation_watch(int failing = 0) noexcept;
+    explicit allocation_watch(int failing = 0) noexcept {
+        allocations = 0, failing_allocation = failing, watching = true;
+    }
     allocation_watch(allocation_watch const&) = delete;
     allocation_watch& operator=(allocation_watch const&) = delete;
-    ~allocation_watch();
+    ~allocation_watch() { watching = false; }
 
-    /// Of this thread's last one.
-    static int count() noexcept;
+    static inline thread_local int allocations = 0;  ///< those of this thread's last watch as well
+    static inline thread_local int failing_allocation = 0;
+    static inline thread_local bool watching = false;
 };
 
 }  // namespace ko::filesystem::testing
+
+// A program has these once: one of its files includes this header.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    using watch = ko::filesystem::testing::allocation_watch;
+    if (watch::watching && ++watch::allocations == watch::failing_allocation)
+        throw std::bad_alloc();
+    if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -17,7 +17,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <string>
 #include <string_view>
@@ -79,7 +78,6 @@ CALL(int, -1, rmdir, SHOWN(rmdir), (char const* path) noexcept, (path))
 CALL(int, -1, chdir, SHOWN(chdir), (char const* path) noexcept, (path))
 CALL(int, -1, mkdir, SHOWN(mkdir), (char const* path, mode_t m) noexcept, (path, m))
 CALL(int, -1, truncate, SHOWN(truncate), (char const* path, off_t n) noexcept, (path, n))
-CALL(int, -1, truncate64, SHOWN(truncate), (char const* path, off64_t n) noexcept, (path, n))
 CALL(int, -1, chmod, SHOWN(chmod), (char const* path, mode_t m) noexcept, (path, m))
 CALL(int, -1, lchmod, SHOWN(lchmod), (char const* path, mode_t m) noexcept, (path, m))
 CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, m))
@@ -165,16 +163,11 @@ extern "C" int closedir(DIR* stream) {
     int const result = next<int(DIR*)>("closedir")(stream);
     return ADMITTED(call) ? result : -1;
 }
-/// "/endless/N" is a link with a text of N bytes, "/negative" one whose length is -2.
+/// The length of "/negative" is -2.
 extern "C" ssize_t readlink(char const* path, char* buffer, size_t size) noexcept {
     if (!ADMITTED(SHOWN(readlink))) return -1;
-    std::string_view const text = path;
-    if (text == "/negative") return -2;
-    if (text.rfind("/endless/", 0) != 0)
-        return next<ssize_t(char const*, char*, size_t)>("readlink")(path, buffer, size);
-    size_t const length = std::min<size_t>(size, std::strtoul(path + 9, nullptr, 10));
-    std::fill_n(buffer, length, 'x');
-    return static_cast<ssize_t>(length);
+    if (std::string_view(path) == "/negative") return -2;
+    return next<ssize_t(char const*, char*, size_t)>("readlink")(path, buffer, size);
 }
 
 /// What Boost copies files by; the others that call this are not heard of.
