@@ -42,7 +42,6 @@ std::string parts(text const& p) {
 
 TEST_F(PathText, HasTheseParts) {
     TELLS(parts(u"/a/b.c.txt"), "/|a/b.c.txt|/a|b.c.txt|b.c|txt|");
-    TELLS(parts(u".bashrc"), "|.bashrc||.bashrc||bashrc|");
     TELLS(extract_first_element(u"/a/b", 1), "/");
     TELLS(extract_first_element(u"ab", 9), "ab");
     TELLS(extract_root_name(u"//x"), "");
@@ -129,11 +128,9 @@ TEST_F(PathText, GetsAnotherExtension) {
     TELLS(replaced(u"a.txt", u".md"), "a.md");
     TELLS(replaced(u".bashrc", u"txt"), ".txt");
     TELLS(replaced(u"a.", u"md"), "a..md");
-    TELLS(replaced(u"a.", u".md"), "a..md");
     TELLS(replaced(u"a.b", u"c.d"), "a.c.d");
     TELLS(replaced(u"a.txt", u""), "a.txt");
     TELLS(replaced(u"", u"md"), "");
-    TELLS(replaced(u"a/", u".."), "a/");
     TELLS(replaced(u"x/..", u"/"), "x/..");
     TELLS(replaced(u".", u"."), ".");
     for (text const ext : {u"..x", u".", u"..", u"x/y", u"/", u"./"})
@@ -154,13 +151,11 @@ TEST_F(PathText, HasItsTildeExpanded) {
         {"/h/u", "~", "/h/u"},
         {"/h/u", "~/a//b", "/h/u/a//b"},
         {"/h/u/", "~/a", "/h/u//a"},
-        {"/h/u", "", ""},
         {"rel", "~//", "rel//"},
         {"/h/\u00E9", "~", "/h/\u00E9"},
         {nullptr, "~", database},
         {"", "~/x", database.empty() ? "" : database + "/x"},
         {"/h", "~root", root},
-        {"/h", "~root//x", root + "//x"},
         {"/h", "~nosuchuser/x", "~nosuchuser/x"},
         {"/h", std::string("~root\0y/x", 9), std::string("~root\0y/x", 9)},
     };

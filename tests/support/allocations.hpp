@@ -13,8 +13,6 @@ public:
     explicit allocation_watch(int failing = 0) noexcept {
         allocations = 0, failing_allocation = failing, watching = true;
     }
-    allocation_watch(allocation_watch const&) = delete;
-    allocation_watch& operator=(allocation_watch const&) = delete;
     ~allocation_watch() { watching = false; }
 
     static inline thread_local int allocations = 0;  ///< those of this thread's last watch as well

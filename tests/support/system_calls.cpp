@@ -117,19 +117,18 @@ CALL(char*, nullptr, getcwd, "getcwd", (char* b, size_t n) noexcept, (b, n))
 #undef CALL
 
 // The mode, which only some calls have.
-#define OPEN(name, call, first, passed)                                                  \
-    extern "C" int name(first char const* path, int flags, ...) {                        \
-        std::va_list rest;                                                               \
-        va_start(rest, flags);                                                           \
-        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;       \
-        va_end(rest);                                                                    \
-        bool const is_recorded = call_recorder::current != nullptr;                      \
-        std::string const shown_call = is_recorded ? shown(call, passed path) : "";      \
-        if (is_recorded && !admitted(shown_call)) return -1;                             \
-        int const result =                                                               \
-            next<int(first char const*, int, ...)>(#name)(passed path, flags, mode);     \
-        if (is_recorded) opened()[result] = shown_call.substr(shown_call.find(' ') + 1); \
-        return result;                                                                   \
+#define OPEN(name, call, first, passed)                                              \
+    extern "C" int name(first char const* path, int flags, ...) {                    \
+        std::va_list rest;                                                           \
+        va_start(rest, flags);                                                       \
+        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;   \
+        va_end(rest);                                                                \
+        if (!ADMITTED(shown(call, passed path))) return -1;                          \
+        int const result =                                                           \
+            next<int(first char const*, int, ...)>(#name)(passed path, flags, mode); \
+        if (call_recorder::current != nullptr)                                       \
+            opened()[result] = shown("", passed path).substr(1);                     \
+        return result;                                                               \
     }
 #define BASE int base,
 #define PASSED_BASE base,

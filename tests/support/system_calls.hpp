@@ -13,8 +13,6 @@ namespace ko::filesystem::testing {
 /// C library; only dynamic ELF programs can do that.
 struct call_recorder {
     call_recorder() { current = this; }
-    call_recorder(call_recorder const&) = delete;
-    call_recorder& operator=(call_recorder const&) = delete;
     ~call_recorder() { current = nullptr; }
 
     std::string failing = "none";                              ///< as in `all`
