@@ -18,7 +18,7 @@
 namespace ko::filesystem {
 namespace {
 
-using namespace testing;  // tests/support
+using namespace test_support;  // tests/support
 
 constexpr auto must = &scratch_dir::must;
 using recursive = recursive_directory_iterator;

@@ -18,7 +18,7 @@ namespace {
 
 using detail::from_filesystem;
 using detail::to_filesystem;
-using testing::for_each_text;
+using test_support::for_each_text;
 
 bool is_high(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool is_low(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }

@@ -35,7 +35,7 @@
 namespace ko::filesystem {
 namespace {
 
-using testing::call_recorder;
+using test_support::call_recorder;
 using calls = std::vector<std::string>;
 using numbers = std::set<int>;
 
@@ -56,7 +56,7 @@ std::string mapped(int error, std::string const& path1, std::string const& path2
     std::string text = known == classes.end() ? "SystemError" : known->second;
     if (!path1.empty()) text += " [" + path1 + ']';
     if (!path2.empty() && (known == classes.end() || error == EINVAL)) text += " [" + path2 + ']';
-    return known == classes.end() ? text + ' ' + testing::error_name(error) : text;
+    return known == classes.end() ? text + ' ' + test_support::error_name(error) : text;
 }
 
 /// Which paths an exception carries.
@@ -72,8 +72,8 @@ struct scenario {
     template <class Action>
     scenario(char const* operation, unsigned paths_reported, Action action)
         : name(operation), reported(paths_reported), told([action](std::string const& root) {
-              return testing::outcome(root, [&] {
-                  testing::allocation_watch const watch(failing_allocation);
+              return test_support::outcome(root, [&] {
+                  test_support::allocation_watch const watch(failing_allocation);
                   return action();
               });
           }) {}
@@ -125,7 +125,7 @@ bool matches(std::string const& outcome, std::string const& wanted) {
 }
 
 /// The files `f`, `g` and `d/s/f`, the link `l` to f, and the empty directory `e`.
-class FaultSweep : public testing::scratch_test {
+class FaultSweep : public test_support::scratch_test {
 protected:
     void make_tree() {
         std::filesystem::current_path(scratch.path8());
@@ -228,7 +228,8 @@ protected:
             EXPECT_TRUE(as_normal || outcome == "std: std::bad_alloc" ||
                         outcome.find("ENOMEM") != outcome.npos)
                 << s.name << ": allocation " << failing << ": " << outcome;
-            if (as_normal && testing::allocation_watch::allocations < failing) return failing - 1;
+            if (as_normal && test_support::allocation_watch::allocations < failing)
+                return failing - 1;
         }
     }
 
@@ -259,7 +260,7 @@ protected:
                 for (auto const& text : wanted) as_wanted = as_wanted || matches(outcome, text);
                 EXPECT_TRUE(as_wanted)
                     << s.name << ": " << made[index] << " (call " << index << ") fails with "
-                    << testing::error_name(error) << "\n  wanted " << wanted.front()
+                    << test_support::error_name(error) << "\n  wanted " << wanted.front()
                     << "\n  got    " << outcome;
             }
         }
@@ -270,7 +271,7 @@ protected:
 TEST_F(FaultSweep, OfEveryCall) {
     constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
     numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
-    auto const at = [root = testing::utf16(scratch.path8())](std::u16string const& name) {
+    auto const at = [root = test_support::utf16(scratch.path8())](std::u16string const& name) {
         return root + u'/' + name;
     };
     auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
@@ -414,12 +415,12 @@ TEST_F(FaultSweep, OfEveryCall) {
 }
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {
-    std::string const place = testing::directory_on_another_file_system();
+    std::string const place = test_support::directory_on_another_file_system();
     // Needs a machine with a second file system that this user may write to; not every one has it.
     if (place.empty()) GTEST_SKIP() << "there is no second file system to move to";
-    testing::scratch_dir const elsewhere(place);
+    test_support::scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
-    std::u16string const from = scratch / u"d", to = testing::utf16(target);
+    std::u16string const from = scratch / u"d", to = test_support::utf16(target);
     auto move = scenario("rename", of_move, [=] { rename(from, to); }).on("@/d", target);
     // What is gone while it is to be removed counts as removed.
     for (char const* const call : {"openat", "fdopendir", "readdir"})
@@ -460,13 +461,13 @@ TEST_F(FaultSweep, OfOddCalls) {
         {"lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO"},
         {"", 0, [] { read_symlink(u"/negative"); }, "SystemError " + std::to_string(ENAMETOOLONG)},
         // A source that is too long is at fault, whatever the error says.
-        {"stat " + overlong, ENOENT, [&] { rename(testing::utf16(overlong), u"t"); },
+        {"stat " + overlong, ENOENT, [&] { rename(test_support::utf16(overlong), u"t"); },
          "FileNameTooLarge [" + overlong + "]"},
     };
     for (auto const& row : rows) {
         call_recorder recorded;
         recorded.failing = row.call, recorded.error = row.error;
-        TELLS(row.action(), row.outcome) << row.call;
+        EXPECT_OUTCOME(row.action(), row.outcome) << row.call;
     }
 }
 

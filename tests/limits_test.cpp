@@ -21,17 +21,17 @@
 namespace ko::filesystem {
 namespace {
 
-class Limits : public testing::scratch_test {};
+class Limits : public test_support::scratch_test {};
 
 TEST_F(Limits, OfANameAndOfAPath) {
     std::u16string const longest(NAME_MAX / 3, u'\u6F22'), longer = longest + longest;
-    TELLS(create_directory(longest), "ok");
-    TELLS(exists(longer), "FileNameTooLarge [" + testing::utf8(longer) + "]");
+    EXPECT_OUTCOME(create_directory(longest), "ok");
+    EXPECT_OUTCOME(exists(longer), "FileNameTooLarge [" + test_support::utf8(longer) + "]");
     std::u16string path = u".";  // native forms keep it
     while (path.size() < PATH_MAX - 3) path += u"/.";
-    TELLS(exists(path), "yes");
+    EXPECT_OUTCOME(exists(path), "yes");
     path += u"/./.";
-    TELLS(exists(path), "FileNameTooLarge [" + testing::utf8(path) + "]");
+    EXPECT_OUTCOME(exists(path), "FileNameTooLarge [" + test_support::utf8(path) + "]");
 }
 
 // A removal and a listing hold one descriptor for each level.
@@ -39,20 +39,20 @@ TEST_F(Limits, OfATreesDepth) {
     std::u16string path = scratch / u"deep";
     for (int level = 0; level < 200; ++level) path += u"/d";
     create_directories(path);
-    testing::as_unprivileged_child([&] {
+    test_support::as_unprivileged_child([&] {
         ::rlimit const few{100, 100};
-        testing::scratch_dir::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
+        test_support::scratch_dir::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
         int const last = ::dup(0);
         recursive_directory_iterator it(scratch / u"deep");  // lives on, with nothing open
         for (std::string const& outcome :
-             {testing::outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
-              testing::outcome(scratch.path8(), [&] { std::advance(it, 200); })}) {
+             {test_support::outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
+              test_support::outcome(scratch.path8(), [&] { std::advance(it, 200); })}) {
             EXPECT_EQ(outcome.rfind("SystemError [@/deep/d/d", 0), 0u) << outcome;
             EXPECT_EQ(outcome.substr(outcome.size() - 7), " EMFILE") << outcome;
         }
         EXPECT_EQ(::dup(0), last + 1) << "a descriptor is left open";
     });
-    TELLS(remove_all(scratch / u"deep"), "ok");
+    EXPECT_OUTCOME(remove_all(scratch / u"deep"), "ok");
 }
 
 TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
@@ -82,7 +82,7 @@ TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
     for (int number = 0; number < 4; ++number) threads.emplace_back(work, number);
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(strangers, 0);
-    TELLS(copy(tree, target, options), "ok");
+    EXPECT_OUTCOME(copy(tree, target, options), "ok");
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ using namespace detail;
 std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
 std::u16string const long_name = u"a-name-longer-than-the-buffer.of-a-string";
 
-struct Memory : testing::scratch_test {};
+struct Memory : test_support::scratch_test {};
 
 TEST_F(Memory, IsTakenForResultsOnly) {
     std::u16string const file = scratch.file(long_name), many = scratch.directory(u"many");
@@ -30,7 +30,7 @@ TEST_F(Memory, IsTakenForResultsOnly) {
     for (char16_t name = 0x4E00; name < 0x4E00 + 1000; ++name)
         scratch.file(u"many/" + std::u16string(1, name));
     auto const count = [](auto action) {
-        testing::allocation_watch const watch;
+        test_support::allocation_watch const watch;
         return action(), watch.allocations;
     };
     EXPECT_EQ(count([&] {
@@ -45,7 +45,7 @@ TEST_F(Memory, IsTakenForResultsOnly) {
 }
 
 TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
-    testing::environment_guard const home("HOME", "/a/home/that/is/longer/than/the/buffer");
+    test_support::environment_guard const home("HOME", "/a/home/that/is/longer/than/the/buffer");
     std::u16string const first_element = u"e";
     std::u16string p = long_name, element = first_element;
     std::size_t position = 0;
@@ -67,10 +67,10 @@ TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
         p = std::u16string(long_name), element = first_element, position = 0;
         int failing = 1;
         auto const attempt = [&] {
-            testing::allocation_watch const watch(failing);
+            test_support::allocation_watch const watch(failing);
             row.action();
         };
-        for (; testing::outcome("@", attempt) == "std: std::bad_alloc"; ++failing) {
+        for (; test_support::outcome("@", attempt) == "std: std::bad_alloc"; ++failing) {
             EXPECT_EQ(p, long_name);
             EXPECT_EQ(element, first_element);
             EXPECT_EQ(position, 0u);
@@ -85,7 +85,7 @@ TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     InvalidArgument const error("a message that needs memory", u"", {});
     auto const describe = [&] {
-        testing::allocation_watch const first_one_fails(1);
+        test_support::allocation_watch const first_one_fails(1);
         static_cast<void>(error.what());
     };
     EXPECT_DEATH(describe(), "bad_alloc");
@@ -94,10 +94,10 @@ TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
 TEST_F(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
     auto const report = [] {
         std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
-        testing::allocation_watch const first_one_fails(1);
+        test_support::allocation_watch const first_one_fails(1);
         throw_errno_exception(EIO, path1, path2);
     };
-    EXPECT_EQ(testing::outcome("@", report),
+    EXPECT_EQ(test_support::outcome("@", report),
               "SystemError [a path that needs memory \x7F\uFF80\uFFFF] [g] EIO");
 }
 

@@ -23,7 +23,7 @@
 namespace ko::filesystem {
 namespace {
 
-using namespace testing;  // tests/support
+using namespace test_support;  // tests/support
 
 constexpr auto must = &scratch_dir::must;
 
@@ -95,10 +95,10 @@ TEST_P(Operations, StatusFollowsLinksOrNot) {
 
 TEST_P(Operations, StatusExpressLightTakesTheTextAsGiven) {
     environment_guard const home("HOME", scratch.path8().c_str());
-    TELLS(shown(status_express_light(u"l//f")), "8000 0");
-    TELLS(shown(status_express_light(u"f/")), "NotDirectoryError [f/]");
+    EXPECT_OUTCOME(shown(status_express_light(u"l//f")), "8000 0");
+    EXPECT_OUTCOME(shown(status_express_light(u"f/")), "NotDirectoryError [f/]");
     for (std::u16string const& absent : {zero, std::u16string(u"~/f"), std::u16string()})
-        TELLS(shown(status_express_light(absent)), nothing);
+        EXPECT_OUTCOME(shown(status_express_light(absent)), nothing);
 }
 
 TEST_P(Operations, AttributesAreReadAndSet) {
@@ -184,20 +184,20 @@ TEST_P(Operations, PermissionsAreReplacedAddedOrRemoved) {
 TEST_P(Operations, CurrentPathIsChangedAndRead) {
     expect(LIFT(change_current_path), row(u"f//", "NotDirectoryError [f]"), row(u"l", "yes"),
            row(u"", "no"));
-    TELLS(get_current_path(), "@/d");
+    EXPECT_OUTCOME(get_current_path(), "@/d");
     expect(LIFT(change_current_path), row(u"..", "yes"));
-    TELLS(detail::get_cwd_mt(), scratch.path8());
-    TELLS(detail::set_cwd_mt(utf8(zero)), "InvalidArgument \"\" [d\\0x]");
+    EXPECT_OUTCOME(detail::get_cwd_mt(), scratch.path8());
+    EXPECT_OUTCOME(detail::set_cwd_mt(utf8(zero)), "InvalidArgument \"\" [d\\0x]");
 }
 
 TEST_P(Operations, CurrentPathIsEmptyUnlessUtf8) {
     must(::mkdir("bad\xFF", 0755) == 0 && ::chdir("bad\xFF") == 0);
-    TELLS(get_current_path(), "");
+    EXPECT_OUTCOME(get_current_path(), "");
     expect(LIFT(absolute), row(u"x", ""));
     expect(LIFT(canonical), row(u".", ""));
     expect(LIFT(weakly_canonical), row(u"./missing", ""));
     must(::rmdir("../bad\xFF") == 0);
-    TELLS(get_current_path(), "PathNotFound");
+    EXPECT_OUTCOME(get_current_path(), "PathNotFound");
 }
 
 TEST_P(Operations, CreateDirectoryAppliesTheUmask) {

@@ -14,34 +14,34 @@
 namespace ko::filesystem {
 namespace {
 
-struct Path : testing::scratch_test {
-    testing::environment_guard home{"HOME", "/h/u"};
+struct Path : test_support::scratch_test {
+    test_support::environment_guard home{"HOME", "/h/u"};
 };
 
 TEST_F(Path, HoldsItsTextInNativeForm) {
-    TELLS(upath(u"~//a/"), "/h/u/a");
-    TELLS(upath(u"~//a/", false), "~/a");
-    TELLS(upath::from_utf8("\u00E9//"), "\u00E9");
-    TELLS(upath::from_utf8(std::string_view("~/x").substr(1)), "/x");
-    TELLS(upath::from_utf8("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
-    TELLS(upath(u"\u00E9").string(), "\u00E9");
+    EXPECT_OUTCOME(upath(u"~//a/"), "/h/u/a");
+    EXPECT_OUTCOME(upath(u"~//a/", false), "~/a");
+    EXPECT_OUTCOME(upath::from_utf8("\u00E9//"), "\u00E9");
+    EXPECT_OUTCOME(upath::from_utf8(std::string_view("~/x").substr(1)), "/x");
+    EXPECT_OUTCOME(upath::from_utf8("a\xFF"), "InvalidArgument \"Invalid UTF-8\" [a\uFFFD]");
+    EXPECT_OUTCOME(upath(u"\u00E9").string(), "\u00E9");
     EXPECT_TRUE(upath().empty() && upath().expand_tilde() && !upath(u"x", false).expand_tilde());
 }
 
 TEST_F(Path, AppendsTextsAndPaths) {
     std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
     upath const name(u"~", false);
-    TELLS(upath(u"a") / u"" / upath() / u"b//c/", "a/b/c");
-    TELLS(upath() / u"~/x", "/h/u/x");
-    TELLS(upath(u"a", false) / u"~/x", "a/~/x");
-    TELLS(upath(u"a") / u"~/x", refused);
-    TELLS(upath(u"a") / name, "a/~");
-    TELLS(name.with_expand_tilde(true) / u"x", "~/x");
-    TELLS(upath(u"a") / upath(u"/b"), refused);
-    TELLS(upath(u"/").replace_filename(u"x"), "/x");
-    TELLS(upath(u"a/b").replace_filename(name), "a/~");
+    EXPECT_OUTCOME(upath(u"a") / u"" / upath() / u"b//c/", "a/b/c");
+    EXPECT_OUTCOME(upath() / u"~/x", "/h/u/x");
+    EXPECT_OUTCOME(upath(u"a", false) / u"~/x", "a/~/x");
+    EXPECT_OUTCOME(upath(u"a") / u"~/x", refused);
+    EXPECT_OUTCOME(upath(u"a") / name, "a/~");
+    EXPECT_OUTCOME(name.with_expand_tilde(true) / u"x", "~/x");
+    EXPECT_OUTCOME(upath(u"a") / upath(u"/b"), refused);
+    EXPECT_OUTCOME(upath(u"/").replace_filename(u"x"), "/x");
+    EXPECT_OUTCOME(upath(u"a/b").replace_filename(name), "a/~");
     upath kept(u"a/b");
-    TELLS(kept.replace_filename(u"~/x"), refused);
+    EXPECT_OUTCOME(kept.replace_filename(u"~/x"), refused);
     EXPECT_TRUE(kept == u"a/b" && !(upath(u"a", false) / u"x").expand_tilde());
 }
 

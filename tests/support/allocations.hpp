@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <new>
 
-namespace ko::filesystem::testing {
+namespace ko::filesystem::test_support {
 
 /// Counts the calling thread's allocations through operator new while it lives, and makes the one
 /// numbered `failing` (from 1; 0 for none) throw std::bad_alloc.
@@ -20,11 +20,11 @@ public:
     static inline thread_local bool watching = false;
 };
 
-}  // namespace ko::filesystem::testing
+}  // namespace ko::filesystem::test_support
 
 // A program has these once: one of its files includes this header.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-    using watch = ko::filesystem::testing::allocation_watch;
+    using watch = ko::filesystem::test_support::allocation_watch;
     if (watch::watching && ++watch::allocations == watch::failing_allocation)
         throw std::bad_alloc();
     if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;

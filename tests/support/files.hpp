@@ -18,7 +18,7 @@
 
 #include <ko/filesystem.hpp>
 
-namespace ko::filesystem::testing {
+namespace ko::filesystem::test_support {
 
 inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
 inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
@@ -128,4 +128,4 @@ void as_unprivileged_child(Action action) {
     EXPECT_EQ(result, 0) << "see the failures above";
 }
 
-}  // namespace ko::filesystem::testing
+}  // namespace ko::filesystem::test_support

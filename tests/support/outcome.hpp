@@ -11,7 +11,7 @@
 
 #include "support/files.hpp"
 
-namespace ko::filesystem::testing {
+namespace ko::filesystem::test_support {
 
 inline std::string error_name(int number) {
     static std::map<int, std::string> const names = {
@@ -95,12 +95,13 @@ private:
     }
 };
 
-}  // namespace ko::filesystem::testing
+}  // namespace ko::filesystem::test_support
 
 /// All overloads of an operation, to be called in `expect`.
 #define LIFT(operation) [](auto const&... p) { return operation(p...); }
 
 /// In a test with a scratch directory of that name: what the expression results in.
-#define TELLS(expression, expected)                                                                \
-    EXPECT_EQ(ko::filesystem::testing::outcome(this->scratch.path8(), [&] { return expression; }), \
-              expected)
+#define EXPECT_OUTCOME(expression, expected)                                                      \
+    EXPECT_EQ(                                                                                    \
+        ko::filesystem::test_support::outcome(this->scratch.path8(), [&] { return expression; }), \
+        expected)

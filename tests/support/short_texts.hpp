@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace ko::filesystem::testing {
+namespace ko::filesystem::test_support {
 
 /// Calls `use` with every text of up to `length` characters from `alphabet`.
 template <class String, class Use>
@@ -20,4 +20,4 @@ void for_each_text(String const& alphabet, std::size_t length, Use use) {
     }
 }
 
-}  // namespace ko::filesystem::testing
+}  // namespace ko::filesystem::test_support

@@ -23,7 +23,7 @@
 
 namespace {
 
-using ko::filesystem::testing::call_recorder;
+using ko::filesystem::test_support::call_recorder;
 
 /// Notes `call` and tells whether it is to be made. Only while there is a recorder: without one the
 /// calls must not even allocate.

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ko::filesystem::testing {
+namespace ko::filesystem::test_support {
 
 /// The system calls that this thread makes while it lives, and the one that fails. A program that
 /// links system_calls.cpp defines the calls itself and so stands between every library in it and the
@@ -28,4 +28,4 @@ struct call_recorder {
     static inline std::atomic<int> open_converters{0};  ///< in the whole process
 };
 
-}  // namespace ko::filesystem::testing
+}  // namespace ko::filesystem::test_support
