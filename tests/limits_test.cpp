@@ -1,4 +1,4 @@
-// How long, how deep, and how many threads at once.
+// How deep, and how many threads at once.
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <climits>
 #include <exception>
 #include <iterator>
 #include <string>
@@ -22,17 +21,6 @@ namespace ko::filesystem {
 namespace {
 
 class Limits : public test_support::scratch_test {};
-
-TEST_F(Limits, OfANameAndOfAPath) {
-    std::u16string const longest(NAME_MAX / 3, u'\u6F22'), longer = longest + longest;
-    EXPECT_OUTCOME(create_directory(longest), "ok");
-    EXPECT_OUTCOME(exists(longer), "FileNameTooLarge [" + test_support::utf8(longer) + "]");
-    std::u16string path = u".";  // native forms keep it
-    while (path.size() < PATH_MAX - 3) path += u"/.";
-    EXPECT_OUTCOME(exists(path), "yes");
-    path += u"/./.";
-    EXPECT_OUTCOME(exists(path), "FileNameTooLarge [" + test_support::utf8(path) + "]");
-}
 
 // A removal and a listing hold one descriptor for each level.
 TEST_F(Limits, OfATreesDepth) {
