@@ -158,6 +158,7 @@ void elapsed_time::run() {
         if (caught_signal == SIGINT && std::exchange(is_interruptible_, false)) {
             caught_signal = 0;
             was_interrupted = true;
+            draw(next - 1);
         }
         if (caught_signal != 0) end_process(caught_signal);
         if (found > 0) break;
@@ -169,7 +170,10 @@ void elapsed_time::draw(long seconds) {
     if (!has_line_ || !in_foreground()) return;
     std::size_t const drawn = line_.size();
     line_ = "kofs " + command_ + ": " + clock_text(seconds);
-    if (more_) line_ = cut(line_ + more_(), terminal_width());
+    if (was_interrupted)
+        line_ += ", ending after this entry";
+    else if (more_)
+        line_ = cut(line_ + more_(), terminal_width());
     std::size_t const rest = drawn > line_.size() ? drawn - line_.size() : 0;
     put('\r' + line_ + std::string(rest, ' '));
 }
