@@ -27,7 +27,7 @@ using fs::detail::to_filesystem;
 
 namespace {
 
-/// The operand number `index` as the operations take it, which make the native form, or do without.
+/// The operand number `index` as passed to the operations, which make its native form if they need it.
 std::u16string text(arguments const& given, std::size_t index = 0) {
     if (index >= given.operands.size()) return {};
     return handed_on(given,
@@ -63,7 +63,7 @@ json status_from(arguments const& given) {
     return json_of(Query(text(given)));
 }
 
-/// The bits of those options that are given.
+/// The bits of the options that are given.
 template <class Bits>
 Bits bits_of(arguments const& given, std::initializer_list<std::pair<char const*, Bits>> options) {
     Bits bits{};
@@ -200,7 +200,7 @@ json copy_file(arguments const& given) {
     return done;
 }
 
-/// Prints the path of each entry; one that is not UTF-8 is a failure that does not end the listing.
+/// Prints the path of each entry. One that is not UTF-8 is a failure, but does not end the listing.
 template <class Iterator>
 int print_listing(arguments const& given, fs::directory_option options) {
     int status = EXIT_SUCCESS;
@@ -280,13 +280,13 @@ json get_unc_path(arguments const& given) {
 json walk_through(arguments const&) { return tour(); }
 
 option const expand = {"expand", nullptr, "Expand a leading ~ or ~name"};
-option const print0 = {"print0", nullptr, "End the path with a zero byte, nothing in it escaped"};
+option const print0 = {"print0", nullptr, "End the path with a zero byte, and escape nothing"};
 
 std::vector<option> const copy_options = {
     {"overwrite", nullptr, "Replace existing files"},
-    {"skip", nullptr, "Leave existing files alone"},
+    {"skip", nullptr, "Keep existing files"},
     {"update", nullptr, "Replace existing files that are older"},
-    {"recursive", nullptr, "Copy a directory with all it holds"},
+    {"recursive", nullptr, "Copy a directory and its contents"},
     {"copy-links", nullptr, "Copy links as links"},
     {"skip-links", nullptr, "Ignore links"},
     {"create-links", nullptr, "Make a link to the source instead of copying"},
@@ -294,7 +294,7 @@ std::vector<option> const copy_options = {
 
 std::vector<option> with_watch(std::vector<option> options) {
     options.push_back({"verbose", nullptr, "Print each entry before it is copied", true});
-    options.push_back({"progress", nullptr, "With --json: print a line a second", true});
+    options.push_back({"progress", nullptr, "With --json: print a line each second", true});
     return options;
 }
 
@@ -319,36 +319,36 @@ std::vector<command> commands() {
     return {
         {"tour",
          "",
-         "Walk through every operation in a scratch directory",
+         "Show every operation in a scratch directory",
          walk_through,
          nature::narrates,
          {}},
-        asks("explain", "PATH...", "Show what becomes of each path, and what its elements are",
+        asks("explain", "PATH...", "Show how each path is converted, and what its elements are",
              explain, {expand}),
-        asks("status", "PATH...", "Show each path's native form and parts, and what is there",
-             status, {expand}),
-        asks("exists", "PATH", "Whether something is there, links followed", exists, {expand}),
-        asks("symlink-status", "PATH", "Show what is there, a link not followed",
+        asks("status", "PATH...", "Show each path's native form, parts and status", status,
+             {expand}),
+        asks("exists", "PATH", "Whether a path exists; links are followed", exists, {expand}),
+        asks("symlink-status", "PATH", "Show the status of a path; links are not followed",
              status_from<fs::file_status, fs::symlink_status>, {expand}),
-        asks("status-express-light", "PATH", "Show type, time and size, the path taken as given",
+        asks("status-express-light", "PATH", "Show type, time and size; the path is used as given",
              status_from<fs::file_status_light, fs::status_express_light>),
-        asks("access", "PATH", "Whether this process may do all that the options ask for", access,
-             {{"exists", nullptr, "Exists (the default); a missing path is an answer then"},
+        asks("access", "PATH", "Whether this process has the given kinds of access", access,
+             {{"exists", nullptr, "Exists (the default); a missing path is then not a failure"},
               {"read", nullptr, "Read"},
               {"write", nullptr, "Write"},
               {"execute", nullptr, "Execute, or search a directory"},
               expand}),
         {"list",
          "PATH...",
-         "Print the paths of what is in each directory",
+         "Print the paths of the entries of each directory",
          list,
          nature::lists,
-         {{"recursive", nullptr, "And in the directories below"},
-          {"follow-links", nullptr, "Enter what links lead to"},
-          {"skip-denied", nullptr, "Pass over what may not be read"},
+         {{"recursive", nullptr, "Also of the directories below"},
+          {"follow-links", nullptr, "Enter directories through links"},
+          {"skip-denied", nullptr, "Skip directories that may not be read"},
           print0}},
-        asks("equivalent", "PATH OTHER", "Whether both lead to one file", equivalent),
-        asks("space", "PATH", "Show the size of the file system and what is free, in bytes", space,
+        asks("equivalent", "PATH OTHER", "Whether both paths are the same file", equivalent),
+        asks("space", "PATH", "Show the size and free space of the file system, in bytes", space,
              {expand}),
         asks("current-path", "", "Print the working directory", current_path, {print0}),
         asks("change-current-path", "PATH",
@@ -356,37 +356,37 @@ std::vector<command> commands() {
              {print0}),
         asks("read-symlink", "PATH", "Print the text of a link", path_from<fs::read_symlink>,
              {expand, print0}),
-        asks("absolute", "PATH [BASE]", "Print the absolute path; nothing is looked up",
+        asks("absolute", "PATH [BASE]", "Print the absolute path, without access to files",
              path_from_two<fs::absolute>, {expand, print0}),
         asks("canonical", "PATH [BASE]", "Print the absolute path without links and dots",
              path_from_two<fs::canonical>, {expand, print0}),
-        asks("weakly-canonical", "PATH", "The same for a path of which an end may be missing",
+        asks("weakly-canonical", "PATH", "The same; trailing elements may be missing",
              path_from<fs::weakly_canonical>, {expand, print0}),
-        asks("relative", "PATH [BASE]", "Print the way from BASE, or from here", relative,
-             {expand, print0}),
+        asks("relative", "PATH [BASE]", "Print the path relative to BASE or the working directory",
+             relative, {expand, print0}),
         asks("get-unc-path", "PATH", "Print the path; for callers from other platforms",
              get_unc_path, {print0}),
         acts("create-directory", "PATH...", "Make directories", for_one<fs::create_directory>),
-        acts("create-directories", "PATH...", "Make directories and those above them",
+        acts("create-directories", "PATH...", "Make directories and missing parents",
              for_one<fs::create_directories>),
         acts("create-symlink", "TARGET LINK", "Make a symbolic link with the text TARGET",
              create_symlink,
-             {{"file", nullptr, "For a file; makes no difference here", true},
-              {"directory", nullptr, "For a directory; makes no difference here", true}}),
+             {{"file", nullptr, "For a file; no difference on POSIX", true},
+              {"directory", nullptr, "For a directory; no difference on POSIX", true}}),
         acts("hard-link", "EXISTING LINK", "Make another name for a file",
              for_two<fs::create_hard_link>),
-        acts("resize", "PATH SIZE", "Cut a file, or fill it up with zeros, to so many bytes",
+        acts("resize", "PATH SIZE", "Truncate a file, or extend it with zeros, to SIZE bytes",
              resize),
-        acts("touch", "PATH...", "Set the write time, to now if no other is given", touch,
-             {{"time", "TIME", "In UTC, as 2024-01-31T12:00:00.5Z"}}),
+        acts("touch", "PATH...", "Set the write time, by default to now", touch,
+             {{"time", "TIME", "In UTC, like 2024-01-31T12:00:00.5Z"}}),
         acts("permissions", "PATH...",
              "Change permissions, given as names like owner_read,group_all or in octal",
              permissions,
-             {{"set", "PERMS", "These and no others", true},
+             {{"set", "PERMS", "Exactly these", true},
               {"add", "PERMS", "These as well", true},
               {"remove", "PERMS", "All but these", true},
-              {"no-follow", nullptr, "Of a link itself, where the system can"}}),
-        acts("create-shortcut", "FROM TO", "Fail: other platforms have shortcuts",
+              {"no-follow", nullptr, "Of a link itself, if the system supports it"}}),
+        acts("create-shortcut", "FROM TO", "Fail; only other platforms have shortcuts",
              for_two<fs::create_shortcut>),
         acts("copy", "FROM TO", "Copy anything", copy, with_watch(copy_options)),
         takes_time("copy-file", "FROM TO", "Copy a file", copy_file, copy_options),

@@ -29,7 +29,7 @@ std::string size_text(double bytes) {
     return text;
 }
 
-/// What is copied of followed links was not counted, so that there may be more done than there was.
+/// `done` may exceed `all`, since the targets of followed links were not counted.
 int per_cent(std::uint64_t done, std::uint64_t all) {
     if (all == 0) return 100;
     return static_cast<int>(100.0 * static_cast<double>(std::min(done, all)) /
@@ -90,13 +90,13 @@ void copy_watch::count(std::u16string const& from) {
                 if (terminal_ != nullptr && elapsed_time::interrupted()) break;
                 add(entry.symlink_status());
             }
-    } catch (fs::FsysExceptionBase const&) {  // the copy meets it, and reports it
+    } catch (fs::FsysExceptionBase const&) {  // the copy will report it
     }
     std::lock_guard<std::mutex> const guard(lock_);
     is_counted_ = true;
 }
 
-/// A line of JSON a second.
+/// One line of JSON each second.
 void copy_watch::print_lines() {
     std::unique_lock<std::mutex> guard(lock_);
     while (!ended_.wait_for(guard, std::chrono::seconds(1), [this] { return has_ended_; }))
@@ -108,7 +108,7 @@ void copy_watch::print_lines() {
                     {"path", path_}});
 }
 
-/// What follows the time on a terminal.
+/// What the terminal shows after the time.
 std::string copy_watch::line() const {
     using clock = std::chrono::steady_clock;
     std::lock_guard<std::mutex> const guard(lock_);

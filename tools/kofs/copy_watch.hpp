@@ -14,20 +14,20 @@
 
 namespace kofs {
 
-/// Shows how far a copy is, as its observer: in a line on a terminal, as lines of JSON with --progress,
-/// entry by entry with --verbose. Ctrl-C on a terminal ends the copy between two entries.
+/// Observes a copy and shows its progress: in a line on a terminal, as lines of JSON with
+/// --progress, entry by entry with --verbose. Ctrl-C on a terminal ends the copy between entries.
 class copy_watch {
 public:
-    /// Counts what is to be copied, where that is to be shown.
+    /// Counts what will be copied, if the count is shown.
     copy_watch(arguments const& given, std::u16string const& from);
     copy_watch(copy_watch const&) = delete;
     copy_watch& operator=(copy_watch const&) = delete;
     ~copy_watch();
 
-    /// Empty when there is nothing to watch.
+    /// Empty if there is nothing to show.
     ko::filesystem::copy_observer observer();
 
-    /// After an interrupted copy: says what was copied, and ends the process by the signal.
+    /// After an interrupted copy: prints what was copied and ends the process by the signal.
     void end_if_interrupted();
 
 private:
@@ -38,7 +38,7 @@ private:
 
     arguments const& given_;
     bool const is_verbose_;
-    mutable std::mutex lock_;  ///< of what follows
+    mutable std::mutex lock_;  ///< guards the members below
     bool is_counted_ = false;
     std::uint64_t all_entries_ = 0, all_bytes_ = 0;
     std::uint64_t entries_ = 0, bytes_ = 0;
@@ -46,7 +46,7 @@ private:
     bool has_ended_ = false;
     std::condition_variable ended_;
     std::thread printer_;
-    std::unique_ptr<elapsed_time> terminal_;  // the last, which is the first to go
+    std::unique_ptr<elapsed_time> terminal_;  // declared last, so destroyed first
 };
 
 }  // namespace kofs

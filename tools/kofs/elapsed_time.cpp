@@ -21,7 +21,7 @@ namespace {
 volatile std::sig_atomic_t caught_signal = 0;
 std::atomic<bool> was_interrupted{false};
 
-/// Writes to the terminal. What fails is not worth a word: the line is a courtesy.
+/// Writes to the terminal. Failures are ignored: the line is not essential.
 void put(std::string const& text) {
     for (std::size_t done = 0; done != text.size();) {
         ssize_t const count = ::write(STDERR_FILENO, text.data() + done, text.size() - done);
@@ -46,8 +46,8 @@ std::size_t terminal_width() {
                                                                              : 79;
 }
 
-/// As much of `text`, UTF-8, as fits into so many columns. Characters from U+0800 on are taken for wide
-/// ones, as those of East Asia are.
+/// As much of `text`, in UTF-8, as fits into `columns`. Characters from U+0800 on are assumed to be
+/// wide, like those of East Asia.
 std::string cut(std::string const& text, std::size_t columns) {
     std::size_t end = 0;
     while (end != text.size()) {
@@ -61,7 +61,7 @@ std::string cut(std::string const& text, std::size_t columns) {
     return text.substr(0, end);
 }
 
-/// A background job's line would spoil what the user types.
+/// A line from a background job would garble what the user types.
 bool in_foreground() { return ::tcgetpgrp(STDERR_FILENO) == ::getpgrp(); }
 
 }  // namespace
@@ -110,7 +110,7 @@ elapsed_time::elapsed_time(std::string const& command, bool has_line, bool is_in
     struct sigaction* before = actions_before_;
     for (int const signal : ending_signals) {
         ::sigaction(signal, nullptr, before);
-        // What is ignored, as nohup has it, stays so.
+        // Ignored signals stay ignored, as under nohup.
         if (before->sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
         ++before;
     }
@@ -129,7 +129,7 @@ elapsed_time::~elapsed_time() {
     restore();
 }
 
-/// Puts back what the constructor changed. A signal that is still waiting then ends the process.
+/// Undoes what the constructor changed. A pending signal then ends the process.
 void elapsed_time::restore() noexcept {
     for (int const end : stop_)
         if (end != -1) ::close(end);
@@ -178,8 +178,7 @@ void elapsed_time::draw(long seconds) {
     put('\r' + line_ + std::string(rest, ' '));
 }
 
-/// Not with an escape sequence, which not every terminal knows. Behind the line there may be the ^C
-/// of who has had enough.
+/// With spaces, since not every terminal knows escape sequences; two more for a "^C" after the line.
 void elapsed_time::erase() {
     if (!line_.empty() && in_foreground()) put('\r' + std::string(line_.size() + 2, ' ') + '\r');
     line_.clear();

@@ -9,21 +9,20 @@
 
 namespace kofs {
 
-/// Shows on standard error, from the first second on, how long something has been taking, in a line
-/// that is gone when the object is, or when a signal ends the process.
+/// Shows the elapsed time in a line on standard error, from the first second on. The line is erased
+/// by the destructor, or before a signal ends the process.
 ///
-/// Until then the calling thread must not write to standard error, and has the signals that end the
-/// process blocked: they go to the thread that writes the line, which lets them in between two
-/// writes only.
+/// Until then the calling thread must not write to standard error. Signals that end the process are
+/// blocked in it and delivered to the thread that draws the line, between two writes.
 class elapsed_time {
 public:
-    /// What the line shows after the time, asked for by the thread that writes it.
+    /// Returns what the line shows after the time; called by the thread that draws it.
     using details = std::function<std::string()>;
 
-    /// A new one, or null when standard error is no terminal or there is no thread to be had.
+    /// Null if standard error is not a terminal or no thread can be started.
     static std::unique_ptr<elapsed_time> shown(std::string const& command);
-    /// One for a command that ends by itself once `interrupted` says so: SIGINT ends the process only
-    /// the second time. Without `more` there is no line.
+    /// For a command that ends by itself once `interrupted` is true: only the second SIGINT ends the
+    /// process. Without `more` no line is shown.
     static std::unique_ptr<elapsed_time> shown(std::string const& command, details more);
 
     /// Whether there was a SIGINT.

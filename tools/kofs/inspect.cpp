@@ -30,7 +30,7 @@ using fs::detail::to_filesystem;
 
 namespace {
 
-/// A year of more than four digits has six, and its sign.
+/// A year outside 0000 to 9999 has a sign and six digits.
 std::string iso_time(std::int64_t microseconds) {
     std::int64_t const part = (microseconds % 1'000'000 + 1'000'000) % 1'000'000;
     auto const seconds = static_cast<std::time_t>((microseconds - part) / 1'000'000);
@@ -46,7 +46,7 @@ std::string iso_time(std::int64_t microseconds) {
     return text;
 }
 
-/// Null for no time, and for one that the library had to call infinite.
+/// Null for no time, and for one that the library saturated to infinity.
 json json_of(boost::posix_time::ptime const& time) {
     static boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
     if (time.is_special()) return nullptr;
@@ -57,7 +57,7 @@ json json_of(boost::posix_time::ptime const& time) {
     }
 }
 
-/// Printable ASCII as it is, a backslash doubled, other bytes as \xHH and UTF-16 units as \uHHHH.
+/// Printable ASCII unchanged, backslashes doubled, other bytes as \xHH and UTF-16 units as \uHHHH.
 template <class CharT>
 std::string escaped(std::basic_string<CharT> const& text) {
     std::string result;
@@ -72,7 +72,7 @@ std::string escaped(std::basic_string<CharT> const& text) {
     return result;
 }
 
-/// Where `bytes` are not UTF-8, so that `units` have U+FFFD for them.
+/// The positions of the bytes that are not UTF-8, for which `units` has U+FFFD.
 json substituted_bytes(std::string const& bytes, std::u16string const& units) {
     json found = json::array();
     std::size_t at = 0;
@@ -85,7 +85,7 @@ json substituted_bytes(std::string const& bytes, std::u16string const& units) {
     return found;
 }
 
-/// One element, and in `error` the number of what fails there: a link counts with what it leads to.
+/// Describes one element. Sets `error` to the error number if it, or the target of a link, is unreachable.
 json element(std::string const& path8, int& error) {
     json found = {{"name", fs::detail::path_traits<char, char>::extract_filename(path8)}};
     struct stat status;

@@ -13,21 +13,21 @@ namespace kofs {
 /// The type of a `file_status` in words.
 char const* type_name(std::uint32_t type);
 
-/// A mode as "rwxr-xr-x", with s, t, S and T as ls(1) has them.
+/// A mode as "rwxr-xr-x", with s, t, S and T like ls(1).
 std::string rwx(std::uint32_t permissions);
 
-/// What a status query has found; null for nothing.
+/// The result of a status query; null if nothing was found.
 json json_of(ko::filesystem::file_status const& found);
 json json_of(ko::filesystem::file_status_light const& found);
 
-/// The native form and the parts of a path, and what is there. The failure of a query is the member
-/// "error", and null in place of its answer.
+/// The native form and the parts of a path, and its status. If a query fails, its answer is null and
+/// the member "error" has the failure.
 json status_of(std::u16string const& text);
 
 /// The same as rows, without the failure.
 void print_status(std::ostream& out, std::u16string const& text);
 
-/// What becomes of `operand`, which is handed on as `text`, and of each element on the way.
+/// How `operand`, which the library gets as `text`, is converted, and what each element of the path is.
 json explanation(std::string const& operand, std::u16string const& text);
 
 }  // namespace kofs

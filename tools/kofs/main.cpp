@@ -29,18 +29,18 @@ std::string const version =
     std::to_string(BOOST_VERSION / 100 % 1000) + '.' + std::to_string(BOOST_VERSION % 100);
 
 char const footer[] =
-    "Operands are names: the shell expands tildes, and kofs expands none unless --expand asks.\n\n"
+    "Operands are names: the shell expands tildes, kofs only if --expand is given.\n\n"
     "With --json, before or after the command, every line of standard output is an object with\n"
-    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after something "
-    "was\n"
-    "done) and \"error\". A command for any number of paths prints one for each.\n\n"
+    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after a change) "
+    "and\n"
+    "\"error\". A command for any number of paths prints one for each.\n\n"
     "On a terminal, names are shown with control characters escaped, and standard error shows the\n"
     "time that a copy, a move or a removal takes beyond the first second.\n\n"
-    "Exit status: 0 success, 1 failure, 2 wrong usage; 128 and the signal's number when a signal\n"
-    "has ended the tour.";
+    "Exit status: 0 success, 1 failure, 2 wrong usage; 128 plus the signal's number if a signal\n"
+    "ended the tour.";
 
-/// The arguments in the parser's order, the last first. A word that is no option is marked: the
-/// parser would read "[a,b]" as a list, "++" as an end, and the name of a command as one more.
+/// The arguments in the parser's order, last first. Words that are not options are marked, since the
+/// parser would read "[a,b]" as a list, "++" as a separator, and the name of a command as another one.
 std::vector<std::string> marked(int argc, char** argv) {
     std::vector<std::string> words;
     bool has_command = false;
@@ -68,12 +68,12 @@ std::vector<std::string> unmarked(std::vector<std::string> words) {
     return words;
 }
 
-/// The usage line names the operands; there is no more to say of them.
+/// Omits the section of operands: the usage line names them.
 struct formatter : CLI::Formatter {
     std::string make_positionals(CLI::App const*) const override { return {}; }
 };
 
-/// Makes the parser of a command, and gives its operands in their order.
+/// Adds the parser of a command and returns its operands in order.
 std::vector<CLI::Option*> add_command(CLI::App& app, command const& of) {
     CLI::App& parser = *app.add_subcommand(of.name, of.help)->allow_extras()->group("Commands");
     std::vector<CLI::Option*> operands;
@@ -103,7 +103,7 @@ std::vector<CLI::Option*> add_command(CLI::App& app, command const& of) {
     return operands;
 }
 
-/// What is wrong with the first of the words that `parser` has no use for.
+/// The complaint about the first word that `parser` didn't use, if any.
 std::string leftover(CLI::App const& parser, char const* word_is) {
     std::vector<std::string> const words = parser.remaining();
     if (words.empty()) return {};
@@ -111,7 +111,7 @@ std::string leftover(CLI::App const& parser, char const* word_is) {
     return (is_option ? "no such option: " : word_is) + unmarked(words)[0];
 }
 
-/// Runs the command that the command line names and gives the exit status.
+/// Runs the command of the command line and returns the exit status.
 int run_command_line(int argc, char** argv) {
     arguments given;
     std::vector<std::string> words = marked(argc, argv);
@@ -119,9 +119,7 @@ int run_command_line(int argc, char** argv) {
     given.json = std::find(words.begin(), words.end(), "--json") != words.end();
 
     std::vector<command> const all = commands();
-    CLI::App app(
-        "Asks about files, and makes, moves, copies and removes them, with ko::filesystem.",
-        "kofs");
+    CLI::App app("Queries, makes, moves, copies and removes files, with ko::filesystem.", "kofs");
     app.set_help_flag("-h,--help", "Print this help, or that of the command before it");
     app.set_version_flag("--version", version, "Print the versions of the library and of Boost");
     app.add_flag("--json", "Print every answer and every failure as a line of JSON");
@@ -129,7 +127,7 @@ int run_command_line(int argc, char** argv) {
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     std::map<std::string, std::vector<CLI::Option*>> operands;
     for (command const& each : all) operands[each.name] = add_command(app, each);
-    app.footer(footer);  // of this help, and no command's
+    app.footer(footer);  // not inherited by the commands
     if (no_words) {
         std::cerr << app.help();
         return report_failure(given, usage_error("no command"));
@@ -137,7 +135,7 @@ int run_command_line(int argc, char** argv) {
     std::string complaint;
     try {
         app.parse(words);
-    } catch (CLI::Success const& asked) {  // for the help or the version
+    } catch (CLI::Success const& asked) {  // the help or the version
         return app.exit(asked, std::cout, std::cerr);
     } catch (CLI::ParseError const& error) {
         complaint = error.what();

@@ -29,14 +29,14 @@ namespace {
 
 constexpr int wrong_usage = 2;
 
-/// `bytes` with U+FFFD in place of each that is not UTF-8.
+/// `bytes` with U+FFFD for each that is not UTF-8.
 std::string valid(std::string const& bytes) { return to_filesystem(from_filesystem(bytes)); }
 
 std::string shown(std::string const& text) { return kofs::shown(from_filesystem(text)); }
 
 // Failures
 
-/// What went wrong, as the system or the library puts it, without the paths.
+/// The message of the system or the library, without paths.
 std::string reason(fs::FsysExceptionBase const& error) {
     auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
     if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
@@ -49,8 +49,8 @@ std::string reason(fs::FsysExceptionBase const& error) {
     return std::strerror(error.system_error_number());
 }
 
-/// Whether the library means `operand` by `path`. What Boost has refused comes back with the low
-/// bytes of its characters only.
+/// Whether `path`, from an exception, is `operand`. In failures reported by Boost it has only the low
+/// bytes of its units.
 bool is_operand(arguments const& given, std::string const& operand, std::u16string const& path) {
     std::u16string const native = fs::detail::make_native_form(
         handed_on(given, from_filesystem(operand)), /*expand_tilde=*/true);
@@ -59,13 +59,13 @@ bool is_operand(arguments const& given, std::string const& operand, std::u16stri
     return path == native || path == from_filesystem(low_bytes) || path == from_filesystem(operand);
 }
 
-/// The operands that a failure is about, then the paths in it that are none of them.
+/// The operands that a failure is about, then its paths that are not operands.
 std::string place(arguments const& given, json const& error) {
     std::vector<std::string> operands = given.operands;
     std::string others;
     json paths = error.value("arguments", json::array());
     paths.insert(paths.begin(), error.value("path", ""));
-    // What exists is in the way of the last operand, whichever path the library names.
+    // The target exists, whichever path the library names.
     bool const exists = error.value("class", "") == "FileExistsError" && operands.size() == 2;
     if (exists) operands = {operands[1]};
     for (auto const& each : paths) {
@@ -107,7 +107,7 @@ std::string text_of(json const& value) {
     return list;
 }
 
-/// What a table's row has besides the name.
+/// The cells of a table's row, except for the name.
 std::string cells_of(json const& row) {
     std::string cells;
     for (auto const& [column, cell] : row.items()) {
@@ -143,7 +143,7 @@ int print_answer(command const& chosen, arguments const& given, json const& answ
     return failed ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
-/// Runs it once. False when the operands that follow are to be left.
+/// Runs the command once. Returns false if the remaining operands must be skipped.
 bool run_once(command const& chosen, arguments const& given, int& status) {
     std::unique_ptr<elapsed_time> time;
     try {
@@ -196,7 +196,7 @@ void print_json(arguments const& given, char const* name, json const& value) {
     json const line = {{"command", given.command.empty() ? json() : json(given.command)},
                        {"operands", operands},
                        {name, value}};
-    // At once: who reads along, or sees the process killed, is to know what was done.
+    // Flushed, so that a reader knows what was done even if the process is killed.
     std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << '\n' << std::flush;
 }
 
@@ -231,8 +231,9 @@ json json_of(std::exception const& error) {
 
 void print_rows(std::ostream& out, json const& object) {
     for (auto const& [name, value] : object.items()) {
-        bool const is_told = name == "symlink_status" && object.value("status", json()) == value;
-        if (name == "error" || is_told) continue;
+        bool const is_shown_already =
+            name == "symlink_status" && object.value("status", json()) == value;
+        if (name == "error" || is_shown_already) continue;
         std::string label = name;
         std::replace(label.begin(), label.end(), '_', ' ');
         bool const is_table = value.is_array() && !value.empty() && value[0].is_object();

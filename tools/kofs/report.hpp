@@ -10,22 +10,22 @@
 
 namespace kofs {
 
-/// Runs a command for its operands, prints what it answers and what goes wrong, and gives the exit
-/// status: 1 after a failure, and when the answer is no or nothing; 2 after wrong usage.
+/// Runs a command for its operands, and prints answers and failures. Returns the exit status: 1 after
+/// a failure or if an answer is no or nothing, 2 after wrong usage.
 int run(command const& chosen, arguments const& given);
 
-/// Reports a failure of any kind; gives 2 when it is wrong usage, else 1.
+/// Reports a failure. Returns 2 if it is wrong usage, else 1.
 int report_failure(arguments const& given, std::exception const& error);
 
-/// Prints a path on a line of its own, or ended by a zero byte with --print0.
+/// Prints a path, followed by a newline, or by a zero byte with --print0.
 void print_path(arguments const& given, std::string const& path);
 
-/// Prints what a command was asked, and the member `name`, as one JSON object on one line.
+/// Prints the command, its operands and the member `name` as one JSON object on one line.
 void print_json(arguments const& given, char const* name, json const& value);
 
 json json_of(std::exception const& error);
 
-/// An object, a line for each member.
+/// Prints an object, one line for each member.
 void print_rows(std::ostream& out, json const& object);
 
 /// `text` in UTF-8, with control characters, line ends and bidirectional marks escaped.
@@ -34,7 +34,7 @@ std::string shown(std::u16string const& text);
 /// `text` in UTF-8 for standard output: escaped on a terminal only.
 std::string printed(std::u16string const& text);
 
-/// What `operand` is to the library: a tilde is part of a name, unless its expansion is asked for.
+/// `operand` as passed to the library: a leading tilde is part of the name, unless --expand is given.
 std::u16string handed_on(arguments const& given, std::u16string const& operand);
 
 }  // namespace kofs

@@ -36,16 +36,16 @@ void catch_signals() {
     struct sigaction action {};
     action.sa_handler = [](int number) { caught_signal = number; };  // and no SA_RESTART
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);  // the output says so instead
+    std::signal(SIGPIPE, SIG_IGN);  // the output stream fails instead
 }
 
 struct interrupted : std::exception {};
 
-/// A directory in `parent` that is gone with everything in it afterwards.
+/// A new directory in `parent`, removed with all its contents by the destructor.
 class scratch_directory {
 public:
     explicit scratch_directory(std::string const& parent) {
-        // Absolute, since the tour changes the working directory, and sure to have a UTF-16 form.
+        // Absolute, since the tour changes the working directory; empty without a UTF-16 form.
         auto const place = fs::canonical(fs::upath::from_utf8(parent, /*expand_tilde=*/false));
         std::string path8 = (place / u"kofs-XXXXXX").string();
         if (place.empty() || ::mkdtemp(path8.data()) == nullptr)
@@ -68,7 +68,7 @@ private:
     fs::upath path_;
 };
 
-/// A directory on another file system than `path8`, where this machine has one that may be written.
+/// A writable directory on another file system than `path8`, if there is one.
 std::optional<std::string> other_file_system(std::string const& path8) {
     struct stat here;
     struct stat there;
@@ -84,10 +84,10 @@ std::string text(bool yes) { return yes ? "yes" : "no"; }
 std::string text(std::u16string const& result) { return shown(result); }
 std::string text(fs::upath const& result) { return shown(result.native()); }
 
-/// Does the steps, prints what comes of them, and keeps count.
+/// Runs the steps, prints their results, and counts them.
 class guide {
 public:
-    /// A step with a result, or with nothing to tell.
+    /// A step with a result, or with none.
     template <class Action>
     void show(std::string const& what, Action action) {
         begin(what);
@@ -107,7 +107,7 @@ public:
         }
     }
 
-    /// A step that must fail, to show how failures read.
+    /// A step that must fail, to show what failures look like.
     template <class Action>
     void show_failure(std::string const& what, Action action) {
         begin(what);
@@ -169,9 +169,9 @@ void show_tree(guide& g, fs::upath const& tree) {
         fs::last_write_time(file, moon);
         return fs::last_write_time(tree / u"other name") == moon;
     });
-    g.show("ensure_directories, which are there", [&] { fs::ensure_directories(folder); });
+    g.show("ensure_directories, which exist", [&] { fs::ensure_directories(folder); });
 
-    heading("Asking about it");
+    heading("Querying it");
     for (fs::upath const& p :
          {file, tree / u"link", tree / u"dangling", tree / u"missing.tar.gz"}) {
         print_status(std::cout, p.native());
@@ -237,7 +237,7 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
         return false;
     });
     g.show("copy_file, through the link", [&] { fs::copy_file(tree / u"link", copy / u"f.txt"); });
-    g.show("copy_file, update: as new already",
+    g.show("copy_file, update: already up to date",
            [&] { fs::copy_file(tree / u"link", copy / u"f.txt", copy_option::update_existing); });
     g.show("copy_directory", [&] { fs::copy_directory(tree, copy / u"leer too"); });
     g.show("copy_symlink", [&] { fs::copy_symlink(tree / u"dangling", copy / u"d"); });
@@ -249,7 +249,7 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
         options.preserve_last_write_time = 1;
         auto const written = fs::status(scratch / u"moved/f.txt").last_write_time;
         g.show("rename, to " + *elsewhere + ", times kept", [&] {
-            // Not the links: the time of what they point to would be set instead.
+            // Not the links: the times of their targets would be set instead.
             fs::remove(scratch / u"moved/link");
             fs::rename(scratch / u"moved", there, options);
             return fs::status(there / u"f.txt").last_write_time == written;
@@ -271,7 +271,7 @@ void show_copies(guide& g, fs::upath const& scratch, fs::upath const& tree) {
 }
 
 void show_failures(guide& g, fs::upath const& scratch, fs::upath const& tree) {
-    heading("How failures read");
+    heading("What failures look like");
     g.show_failure("status, below a regular file",
                    [] { static_cast<void>(fs::status(u"/etc/passwd/x")); });
     g.show_failure("canonical, a missing path", [] { fs::canonical(u"/no/such/path"); });
@@ -295,7 +295,7 @@ std::string temporary_directory() {
 
 int tour() try {
     catch_signals();
-    ::umask(022);  // whatever the user's is, what is made here must be removable
+    ::umask(022);  // what is made here must be removable
     guide g;
     scratch_directory const scratch(temporary_directory());
     fs::upath const& root = scratch.path();

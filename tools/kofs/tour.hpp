@@ -2,8 +2,8 @@
 
 namespace kofs {
 
-/// Walks through every operation on paths of this machine and of scratch directories, which are
-/// gone afterwards, also when a signal ends the tour.
+/// Shows every operation, on paths of this machine and in scratch directories, which are removed
+/// afterwards, also if a signal ends the tour. Returns the exit status.
 int tour();
 
 }  // namespace kofs
