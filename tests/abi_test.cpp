@@ -1,4 +1,4 @@
-// The records that lie in callers' memory: a change of these breaks what is built already.
+// Records in callers' memory: changing their size or layout breaks existing binaries.
 
 #include <type_traits>
 

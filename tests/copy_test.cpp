@@ -44,7 +44,7 @@ protected:
         must(::utimensat(AT_FDCWD, utf8(name).c_str(), times, 0) == 0);
     }
 
-    /// The content of a file, the text of a link, what the file "f" in a directory holds.
+    /// The content of a file, the text of a link, or the state of the file "f" in a directory.
     std::string state(std::u16string const& name) const {
         if (is_symlink(name)) return "link " + utf8(read_symlink(name));
         if (is_directory(name)) return "directory of " + state(name + u"/f");
@@ -153,7 +153,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     expect(LIFT(copy), row(u"", u"f", empty), row(u"f", u"", empty), row(u"bad", u"x", bad_link),
            row(u"f//", u"g//", "FileExistsError [g]"),
            row(std::u16string(u"f\0", 2), u"x", "InvalidArgument \"\" [f\\0]"));
-    // What comes from Boost has the low bytes of the paths.
+    // Failures from Boost have the low bytes of the paths.
     expect(LIFT(copy_file), row(u"", u"f", empty), row(u"missing//", u"x", missing),
            row(u"m\u6F22\u00E9", u"x", "PathNotFound [m\"\uFFFD]"),
            row(u"f//", u"g//", "FileExistsError [g]"),
@@ -197,7 +197,8 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
     EXPECT_EQ(scratch.content(u"\u6F22"), bytes);
     EXPECT_EQ(status(u"\u6F22").permissions, 0640u);
     scratch.directory(u"d", 0750);
-    expect(LIFT(copy_directory), row(u"d", u"made", "ok"));  // for the path it exists, and stays
+    expect(LIFT(copy_directory),
+           row(u"d", u"made", "ok"));  // the second time it exists, which is no error
     EXPECT_EQ(status(u"made").permissions, 0750u);
 }
 
@@ -233,8 +234,7 @@ TEST_F(Copy, RefusesToCopyATreeIntoItself) {
     scratch.directory(u"z");
     scratch.link(u"z/sub", "../d/sub");  // below the target, a link to what is copied there
     expect(tree, row(u"d", u"z", "InvalidArgument \"\" [d/sub] [z/sub]"));
-    // A link's text counts as a name where it is looked up, and has its tilde expanded where it is
-    // listed.
+    // A link's text is looked up as a name, but its tilde is expanded when the directory is listed.
     environment_guard const home("HOME", scratch.path8().c_str());
     std::filesystem::create_directories("~/d");
     for (std::string const& back : {scratch.path8() + "/d", std::string("~/d")}) {

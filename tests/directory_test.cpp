@@ -25,7 +25,7 @@ using recursive = recursive_directory_iterator;
 using option = directory_option;
 using lines = std::multiset<std::string>;
 
-/// "?" and the name where there is no path.
+/// The path, or "?" and the name if there is none.
 std::string path_of(directory_entry const& entry) {
     return entry.has_path() ? entry.path().string() : '?' + entry.native_name();
 }
@@ -34,8 +34,8 @@ std::string path_of(std::filesystem::directory_entry const& entry) {
     return has_path ? entry.path().string() : '?' + entry.path().filename().string();
 }
 
-/// "path depth", and "d", "f" and "l" for what the entry is; if `leaves` is set, without the content of
-/// `s` and without what follows a file that is not at the top.
+/// "path depth", and "d", "f" and "l" for the types of the entry. If `leaves`, doesn't enter
+/// directories with one-letter names, and leaves a directory below the top after its first file.
 template <class Iterator>
 lines walked(Iterator it, bool leaves = false) {
     lines result;
@@ -111,7 +111,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
 
 TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
     scratch.link(u"d/s/t/up", "..");
-    scratch.link(u"d/s/u", "t");  // is a sibling, and so not open by then
+    scratch.link(u"d/s/u", "t");  // a sibling, so not open at that time
     EXPECT_EQ(walked(recursive(u"d/s", option::follow_directory_symlinks)),
               (lines{"d/s/f 0f", "d/s/t 0d", "d/s/t/f 1f", "d/s/t/up 1dl", "d/s/u 0dl",
                      "d/s/u/f 1f", "d/s/u/up 1dl"}));

@@ -1,4 +1,4 @@
-// Both conversions against their rules, one unit after the other.
+// Both conversions against their rules, unit by unit.
 
 #include <algorithm>
 #include <cstddef>
@@ -54,7 +54,7 @@ std::string expected_utf8(std::u16string const& s) {
 std::u16string expected_utf16(std::string const& s) {
     std::u16string out;
     for (std::size_t i = 0; i < s.size();) {
-        std::string sequence;  // the one of a code point that is what stands here
+        std::string sequence;  // the valid one at this position, if any
         unsigned long c = 0;
         for (unsigned length = 1; length <= 4 && sequence.empty(); ++length) {
             c = static_cast<unsigned char>(s[i]) & (length == 1 ? 0x7Fu : 0x7Fu >> length);
@@ -97,8 +97,8 @@ TEST(Encoding, ConvertsEveryShortTextByTheRule) {
     });
 }
 
-// ASCII of up to 259 units has a way of its own. Other output is made in pieces of 1024 bytes: every
-// short text meets the end of a piece at every offset, with a whole piece before it and with two.
+// ASCII of up to 259 units takes a fast path. Other output is made in pieces of 1024 bytes: every
+// short text meets the end of a piece at every offset, after one whole piece and after two.
 TEST(Encoding, ConvertsAcrossTheEndsOfTheWorkBuffer) {
     for (std::size_t const end : {262u, 1024u, 2048u}) {
         for (std::size_t lead = end - 9; lead <= end; ++lead)
@@ -115,7 +115,7 @@ TEST(Encoding, ConvertsAcrossTheEndsOfTheWorkBuffer) {
     }
 }
 
-// In a process of its own, since the first conversion settles what replaces bad units.
+// In a process of its own, since the first conversion determines the replacement.
 TEST(EncodingDeathTest, IsTheFirstOneOfItsThreadAndOfTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     auto const convert = [] {

@@ -75,14 +75,14 @@ TEST(Exceptions, AreDescribedInOneLine) {
     EXPECT_EQ(describe(SystemError(u"p", {u""}, ELOOP)), std::strerror(ELOOP) + std::string(": p"));
 }
 
-// Boost makes do without the form that the library throws, where the compiler helps: hence the look
-// at the type.
+// With some compilers Boost captures any exception: the type shows that the library threw it in the
+// right form.
 TEST(Exceptions, AreCapturedWithTheirClass) {
     boost::exception_ptr captured;
     std::thread([&captured] {
         try {
             read_symlink(u"/");
-        } catch (PathNotFound const&) {  // no class catches another
+        } catch (PathNotFound const&) {  // must not catch another class
         } catch (FsysExceptionBase const&) {
             captured = boost::current_exception();
         }

@@ -1,7 +1,7 @@
-// Every system call of every operation fails once with every error number that its manual page
-// names. What is to come of it: the exception of the error number with the path that the rules say;
-// or success, then with the whole effect that the operation has without a fault; or what a row says.
-// Whatever comes, no descriptor is left open, and what is only read stays as it was.
+// Every system call of every operation fails once with each error number of the manual pages. The
+// result must be the exception for the error number with the path that the rules require, or success
+// with the full effect of the operation, or what a row says. No descriptor may be left open, and
+// files that are only read must be unchanged.
 
 #include <gtest/gtest.h>
 
@@ -39,13 +39,13 @@ using test_support::call_recorder;
 using calls = std::vector<std::string>;
 using numbers = std::set<int>;
 
-/// All that the manual pages name of the calls that are made, and 0 for a listing that just ends.
+/// The error numbers in the manual pages of the calls, and 0 for a listing that just ends.
 numbers const all_errors = {
     0,      EACCES, EAGAIN,  EBADF,     EBUSY,     EDQUOT, EEXIST,       EFAULT, EFBIG,   EINTR,
     EINVAL, EIO,    EISDIR,  ELOOP,     EMFILE,    EMLINK, ENAMETOOLONG, ENFILE, ENOENT,  ENOMEM,
     ENOSPC, ENOSYS, ENOTDIR, ENOTEMPTY, EOVERFLOW, EPERM,  ERANGE,       EROFS,  ETXTBSY, EXDEV};
 
-/// What `outcome` tells of the exception that stands for `error`.
+/// The `outcome` of the exception for `error`.
 std::string mapped(int error, std::string const& path1, std::string const& path2 = {}) {
     static std::map<int, std::string> const classes = {
         {ENOENT, "PathNotFound"},         {EACCES, "AccessDenied"},
@@ -62,12 +62,12 @@ std::string mapped(int error, std::string const& path1, std::string const& path2
 /// Which paths an exception carries.
 enum paths : unsigned {
     none = 1,
-    own = 2,      ///< those that the call was given
-    of_copy = 4,  ///< the source, the target or both, as a failed copy settles it
-    of_move = 8   ///< the same for a failed rename
+    own = 2,      ///< those passed to the call
+    of_copy = 4,  ///< the source, the target or both, by the rule for copies
+    of_move = 8   ///< the same for `rename`
 };
 
-/// One operation, and what is to come of a fault in it.
+/// One operation, and the results of faults in it.
 struct scenario {
     template <class Action>
     scenario(char const* operation, unsigned paths_reported, Action action)
@@ -78,9 +78,9 @@ struct scenario {
               });
           }) {}
 
-    /// The calls `call`, with their path or without, give `outcome` for `errors`; for all, when empty.
-    /// "pathless" stands for the exception without a path, ":" and a path for the one with that; an
-    /// asterisk at the end stands for anything.
+    /// The calls `call` (a name, or a name and a path) result in `outcome` for `errors`, or for all if
+    /// empty. "pathless" is the exception without a path, ":" and a path the one with that path; an
+    /// asterisk at the end matches anything.
     scenario& but(std::string const& call, numbers const& errors, std::string const& outcome) {
         exemptions.emplace_back(call, errors, outcome);
         return *this;
@@ -99,14 +99,14 @@ struct scenario {
     std::vector<std::tuple<std::string, numbers, std::string>> exemptions;
 };
 
-/// What happens around each trial of an operation.
+/// Called around each trial of an operation.
 struct surroundings {
     std::function<void()> prepare;
-    std::function<std::string()> kept;    ///< what no fault may change
-    std::function<std::string()> effect;  ///< all that the operation may change
+    std::function<std::string()> kept;    ///< state that no fault may change
+    std::function<std::string()> effect;  ///< state that the operation may change
 };
 
-/// All that `all` gives, added up; allocates nothing of its own. After a failure it must be at its end.
+/// The sum of all elements; makes no allocation. After a failure the iterator must be at its end.
 template <class Iterator>
 std::string listed(Iterator all) {
     std::size_t sum = 0;
@@ -141,7 +141,7 @@ protected:
         scratch.link(u"d/l", "s");
     }
 
-    /// All that there is at `path` and below, by name, mode and content.
+    /// Everything at `path` and below: names, modes and contents.
     static std::string everything_in(std::filesystem::path const& path) {
         namespace fs = std::filesystem;
         auto const s = fs::symlink_status(path);
@@ -170,7 +170,7 @@ protected:
     }
 
     static calls expected(scenario const& s, std::string const& call, int error) {
-        if (error == 0) return {"*"};  // no library can tell
+        if (error == 0) return {"*"};  // not a failure that can be seen
         std::string const name = call.substr(0, call.find(' '));
         for (auto const& [exempt, numbers_meant, outcome] : s.exemptions) {
             bool const named = exempt == call || exempt == name;
@@ -201,7 +201,7 @@ protected:
         return result;
     }
 
-    /// What comes of `s` with the fault that `trial` arranges.
+    /// The outcome of `s` with the fault caused by `trial`.
     template <class Trial>
     std::string outcome_of(scenario const& s, surroundings const& around, Trial trial) {
         around.prepare();
@@ -214,7 +214,7 @@ protected:
         return outcome;
     }
 
-    /// Lets each allocation of `s` fail in turn. Gives their number.
+    /// Lets each allocation of `s` fail in turn. Returns their number.
     int sweep_memory(scenario const& s, surroundings const& around) {
         around.prepare();
         std::string const normal = s.told(scratch.path8()), normal_effect = around.effect();
@@ -224,7 +224,7 @@ protected:
                 outcome_of(s, around, [&] { return s.told(scratch.path8()); });
             scenario::failing_allocation = 0;
             bool const as_normal = outcome == normal && around.effect() == normal_effect;
-            // Some steps of the libraries below report a lack of memory as the system does.
+            // Boost and the standard library report some failed allocations as ENOMEM.
             EXPECT_TRUE(as_normal || outcome == "std: std::bad_alloc" ||
                         outcome.find("ENOMEM") != outcome.npos)
                 << s.name << ": allocation " << failing << ": " << outcome;
@@ -233,7 +233,7 @@ protected:
         }
     }
 
-    /// Lets each call of `s` fail in turn. Gives the number of faults.
+    /// Lets each call of `s` fail in turn. Returns the number of faults.
     int sweep(scenario const& s, surroundings const& around, bool short_transfers = false) {
         calls made;
         auto const trial = [&](std::size_t index, int error) {
@@ -281,7 +281,7 @@ TEST_F(FaultSweep, OfEveryCall) {
                        .but("closedir", {}, "pathless");
     for (std::string const call : {"openat @/d", "readdir @/d"})
         removal
-            .but(call, {ENOENT}, "ok")  // another has removed it
+            .but(call, {ENOENT}, "ok")  // removed by someone else
             .but(call + "/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
             .but(call, {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
             .but(call + "/s", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]");
@@ -289,7 +289,7 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("copy, tree watched", none | own | of_copy,
                  [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); })
             .on("@/d/s/f", "@/n/s/f")
-            .but("fstatat", {EACCES}, "ok")  // what may not be searched is no ancestor
+            .but("fstatat", {EACCES}, "ok")  // an unsearchable directory is no ancestor
             .but("fstatat", {}, ":@/n");
     for (auto const call : {"open @/d", "open @/d/s", "openat @/d", "openat @/d/s", "opendir",
                             "fdopendir", "readdir", "closedir"})
@@ -298,7 +298,7 @@ TEST_F(FaultSweep, OfEveryCall) {
     auto const list = [](char const* operation, auto action) {
         auto row = scenario(operation, own, action)
                        .but("closedir", {}, "listed*")
-                       .but("readdir", {ENOENT}, "listed*")  // of a directory that was removed
+                       .but("readdir", {ENOENT}, "listed*")  // a removed directory
                        .but("lstat", {ENOENT}, "listed*");
         for (std::string const path : {"d/s", "./d/s", "./d/l", "./d/s/f", "./d/l/f"})
             for (std::string const call : {"openat @/", "fdopendir @/"})
@@ -411,26 +411,26 @@ TEST_F(FaultSweep, OfEveryCall) {
         faults += sweep(row, around);
         allocations += sweep_memory(row, around);
     }
-    std::printf("%d faults and %d lacks of memory tried\n", faults, allocations);
+    std::printf("%d faults and %d failed allocations tried\n", faults, allocations);
 }
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const place = test_support::directory_on_another_file_system();
-    // Needs a machine with a second file system that this user may write to; not every one has it.
+    // Not every machine has a second file system that this user may write to.
     if (place.empty()) GTEST_SKIP() << "there is no second file system to move to";
     test_support::scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = test_support::utf16(target);
     auto move = scenario("rename", of_move, [=] { rename(from, to); }).on("@/d", target);
-    // What is gone while it is to be removed counts as removed.
+    // An entry that vanishes during the removal counts as removed.
     for (char const* const call : {"openat", "fdopendir", "readdir"})
         move.but(call, {ENOENT, ENOTDIR, ELOOP}, "*");
-    move.but("lstat", {ENOENT, ENOTDIR}, "*");  // what the copy lacks is an error of its own
-    // What streams report of a copy may be forgotten; then the file is found to be too short.
+    move.but("lstat", {ENOENT, ENOTDIR}, "*");  // EIO if missing from the copy
+    // A failed stream may go unreported; then the copy is found to be too short.
     for (char const* const call : {"read", "write", "writev"}) move.but(call, {}, "*");
 #ifdef _LIBCPP_VERSION
-    // Its copy takes a listing that breaks off for the end, and what is missing is then an error of
-    // ours; its removal goes on after a failure and reports that the directory is not empty.
+    // Its copy takes a failed listing for a complete one, so that entries are found missing; its
+    // removal goes on after a failure and reports that the directory is not empty.
     for (char const* const call : {"readdir", "openat", "fdopendir", "closedir", "unlinkat"})
         move.but(call, {}, "*");
     move.but("stat", {ENOENT}, "*");
@@ -439,14 +439,14 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const whole = everything_in("d");
     surroundings const around = {
         [&] { make_tree(), std::filesystem::remove_all(target); },
-        // Until the copy is whole, the source is.
+        // Until the copy is complete, the source must be.
         [&] { return everything_in(target) == whole ? whole : everything_in("d"); },
         [&] { return everything_in(target) + "and\n" + everything_in("d"); }};
     for (bool const shortened : {false, true})
         std::printf("%d faults tried\n", sweep(move, around, shortened));
 }
 
-// What no system does, and what the sweep can't tell from what others do.
+// What no system does, and what the sweep can't distinguish.
 TEST_F(FaultSweep, OfOddCalls) {
     make_tree();
     std::string const overlong(1024, 'n');
@@ -460,7 +460,7 @@ TEST_F(FaultSweep, OfOddCalls) {
         {"rename f t", 0, [] { rename(u"f", u"t"); }, "ok"},
         {"lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO"},
         {"", 0, [] { read_symlink(u"/negative"); }, "SystemError " + std::to_string(ENAMETOOLONG)},
-        // A source that is too long is at fault, whatever the error says.
+        // An overlong source is at fault, whatever the error number.
         {"stat " + overlong, ENOENT, [&] { rename(test_support::utf16(overlong), u"t"); },
          "FileNameTooLarge [" + overlong + "]"},
     };
@@ -477,13 +477,13 @@ TEST_F(RemoveAll, LooksAgainBeforeItRemovesOrGoesDown) {
     scratch.file(u"d/s/f");
     call_recorder recorded;
     remove_all(u"d");
-    calls made;  // without readdir, of which the number is the C library's
+    calls made;  // without readdir: their number depends on the C library
     for (auto const& call : recorded.all)
         if (call.rfind("readdir", 0) != 0) made.push_back(call);
     calls const expected = {
-        "lstat d",      "openat d",   "close",       "opendir d",  // the directory is one
-        "lstat d/s",    "openat d",   "close",                     // an entry, in it still
-        "openat d/s",   "close",      "opendir d/s",               // down
+        "lstat d",      "openat d",   "close",       "opendir d",  // the directory is still one
+        "lstat d/s",    "openat d",   "close",                     // and with its entry
+        "openat d/s",   "close",      "opendir d/s",               // descend
         "lstat d/s/f",  "openat d/s", "close",       "unlink d/s/f",
         "closedir d/s", "rmdir d/s",  "closedir d",  "rmdir d"};
     EXPECT_EQ(made, expected);
@@ -532,7 +532,7 @@ TEST(Encoding, OpensEachConverterOncePerThreadAndClosesItWithIt) {
     for (char16_t unit = u'\u6F22'; unit != u'\u6F22' + 100; ++unit)
         threads.emplace_back([text = std::u16string(700, unit)] {
             call_recorder const recorded;
-            detail::to_filesystem(u"ascii");  // needs none
+            detail::to_filesystem(u"ascii");  // needs no converter
             for (int round = 0; round != 10; ++round)
                 EXPECT_EQ(detail::from_filesystem(detail::to_filesystem(text)), text);
             EXPECT_EQ(recorded.all, calls(2, "iconv_open"));
@@ -549,7 +549,7 @@ TEST(Encoding, GivesNothingWithoutAConverter) {
         EXPECT_EQ(detail::to_filesystem(u"\u00E9") + detail::to_filesystem(u"ascii"), "ascii");
         EXPECT_EQ(detail::from_filesystem("\xC3\xA9"), u"");
     }).join();
-    EXPECT_EQ(call_recorder::open_converters, open_before) << "what is not open is not closed";
+    EXPECT_EQ(call_recorder::open_converters, open_before) << "an unopened converter was closed";
 }
 
 }  // namespace

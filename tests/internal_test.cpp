@@ -1,4 +1,4 @@
-// What the status reader hides.
+// Internal functions of the status reader.
 
 #include <gtest/gtest.h>
 
@@ -20,10 +20,12 @@ TEST(Status, HasEveryType) {
     }
 }
 
+TEST(Status, NeedsACall) { EXPECT_THROW(status_from_stat({}), boost::bad_function_call); }
+
 TEST(Status, SaturatesTimes) {
     boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
     using limits = std::numeric_limits<std::int64_t>;
-    // The last count that is a time, less the count of 1970: what is above is special.
+    // The last count that is a time, relative to 1970: those above are special values.
     std::int64_t const last = limits::max() - 2 - 210'866'803'200'000'000;
     struct {
         std::int64_t seconds, microseconds;

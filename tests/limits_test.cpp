@@ -1,4 +1,4 @@
-// How deep, and how many threads at once.
+// Deep trees, and many threads.
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ TEST_F(Limits, OfATreesDepth) {
         ::rlimit const few{100, 100};
         test_support::scratch_dir::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
         int const last = ::dup(0);
-        recursive_directory_iterator it(scratch / u"deep");  // lives on, with nothing open
+        recursive_directory_iterator it(scratch / u"deep");  // stays alive, with nothing open
         for (std::string const& outcome :
              {test_support::outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
               test_support::outcome(scratch.path8(), [&] { std::advance(it, 200); })}) {
@@ -59,8 +59,8 @@ TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
                     copy(tree, target, options);
                 else
                     remove_all(target);
-            } catch (FsysExceptionBase const&) {     // the other threads' doing
-            } catch (std::exception const& error) {  // as the directory's listing tells it
+            } catch (FsysExceptionBase const&) {     // caused by the other threads
+            } catch (std::exception const& error) {  // from Boost's iterator
                 if (std::string(error.what()).find("directory_iterator") == std::string::npos)
                     ++strangers;
             }

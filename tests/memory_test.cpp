@@ -56,7 +56,7 @@ TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
         std::function<void()> action;
     } const rows[] = {
         {1, [&] { concatenate_pathname(p, addition, false); }},
-        {2, [&] { concatenate_pathname(p, u"~", true); }},  // and then refused
+        {2, [&] { concatenate_pathname(p, u"~", true); }},  // and is then refused
         {1, [&] { replace_extension(p, long_name); }},
         {1, [&] { move_down(walked, 0, position, element); }},
         {2, [&] { make_native_form(u"~//x", true); }},

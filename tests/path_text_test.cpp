@@ -28,7 +28,7 @@ struct PathText : ko::filesystem::test_support::scratch_test {
     environment_guard home{"HOME", "//home//u/"};
 };
 
-/// Each text with a bar after it.
+/// The texts, each followed by a bar.
 std::string joined(std::vector<text> const& texts) {
     std::string result;
     for (text const& each : texts) result += utf8(each) + '|';
@@ -47,7 +47,7 @@ TEST_F(PathText, HasTheseParts) {
     EXPECT_OUTCOME(extract_root_name(u"//x"), "");
 }
 
-/// What stands before and behind the last `c`; `head` is all without one.
+/// The parts before and after the last `c`; without one, `p` and nothing.
 std::pair<text, text> cut_at_last(char16_t c, text const& p) {
     for (std::size_t i = p.size(); i-- > 0;)
         if (p[i] == c) return {p.substr(0, i), p.substr(i + 1)};
@@ -62,7 +62,7 @@ text expected_native_form(text const& p) {
     return native;
 }
 
-// Every short text against the rules, told a second time and plainly.
+// Every short text against a plain implementation of the rules.
 TEST_F(PathText, FollowsTheRulesForEveryShortText) {
     for_each_text(text(u"/.a~"), 6, [](text const& p) {
         SCOPED_TRACE(utf8(p));
@@ -169,7 +169,7 @@ TEST_F(PathText, HasItsTildeExpanded) {
         EXPECT_EQ(is_absolute_path_when_expanded(p, true), is_absolute(p));
     }
     EXPECT_OUTCOME(make_native_access_form_with_cleanup(u"~//\u00E9/"), "/home/u/\u00E9");
-    environment_guard const guard("HOME", "/h/\xFF");  // can't be told in UTF-16
+    environment_guard const guard("HOME", "/h/\xFF");  // not UTF-8
     EXPECT_OUTCOME(make_native_form(u"~/x", true), "");
     EXPECT_OUTCOME(make_expanded_path(text(u"x") + char16_t{0xD800}, false), "");
 }

@@ -6,8 +6,8 @@
 
 namespace ko::filesystem::test_support {
 
-/// Counts the calling thread's allocations through operator new while it lives, and makes the one
-/// numbered `failing` (from 1; 0 for none) throw std::bad_alloc.
+/// Counts the calling thread's allocations by operator new during its lifetime, and makes number
+/// `failing` (from 1; 0 for none) throw std::bad_alloc.
 class allocation_watch {
 public:
     explicit allocation_watch(int failing = 0) noexcept {
@@ -15,14 +15,14 @@ public:
     }
     ~allocation_watch() { watching = false; }
 
-    static inline thread_local int allocations = 0;  ///< those of this thread's last watch as well
+    static inline thread_local int allocations = 0;  ///< of this thread's current or last watch
     static inline thread_local int failing_allocation = 0;
     static inline thread_local bool watching = false;
 };
 
 }  // namespace ko::filesystem::test_support
 
-// A program has these once: one of its files includes this header.
+// Included by one file of a program only, since it defines these.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     using watch = ko::filesystem::test_support::allocation_watch;
     if (watch::watching && ++watch::allocations == watch::failing_allocation)

@@ -23,7 +23,7 @@ namespace ko::filesystem::test_support {
 inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
 inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
 
-/// A directory for one test, made with plain system calls and removed with all it holds.
+/// A directory for one test, made with plain system calls and removed with its contents.
 class scratch_dir {
 public:
     explicit scratch_dir(std::string const& parent = std::filesystem::temp_directory_path())
@@ -93,7 +93,7 @@ private:
     std::string before_ = std::filesystem::current_path();
 };
 
-/// Sets an environment variable, or unsets it for null, for as long as this lives.
+/// Sets an environment variable, or unsets it if null, during its lifetime.
 class environment_guard {
 public:
     environment_guard(char const* name, char const* value) : name_(name) {
@@ -112,7 +112,7 @@ private:
     std::optional<std::string> old_;
 };
 
-/// Runs `action` in a child process that has given up root's rights, and fails if that does.
+/// Runs `action` in a child process without root's rights, and fails if it does.
 template <class Action>
 void as_unprivileged_child(Action action) {
     pid_t const child = ::fork();

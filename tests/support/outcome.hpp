@@ -22,7 +22,7 @@ inline std::string error_name(int number) {
     return known == names.end() ? std::to_string(number) : known->second;
 }
 
-/// What `action` results in, in short: its result (yes or no for truth), "ok" if it has none, or what
+/// The result of `action` (yes or no for a bool), "ok" if it has none, or a summary of the exception
 /// it throws: the class, the message of an InvalidArgument in quotes, the path and the arguments in
 /// brackets ("[]" for no path before an argument), the error number. `root` is written "@", a zero
 /// "\0".
@@ -63,7 +63,7 @@ std::string outcome(std::string const& root, Action action) {
     }
 }
 
-/// A row of `expect`: the path or the two paths of a call, and what it results in.
+/// A row of `expect`: the path or the two paths of a call, and its outcome.
 inline auto row(std::u16string const& path, std::string const& expected,
                 int line = __builtin_LINE()) {
     return std::tuple(std::tuple(path), expected, line);
@@ -73,7 +73,7 @@ inline auto row(std::u16string const& a, std::u16string const& b, std::string co
     return std::tuple(std::tuple(a, b), expected, line);
 }
 
-/// A test that checks in tables what operations result in, with texts and with path objects.
+/// A test with tables of outcomes, checked with texts and with path objects.
 class table_test : public scratch_test {
 protected:
     template <class Call, class... Row>
@@ -97,10 +97,10 @@ private:
 
 }  // namespace ko::filesystem::test_support
 
-/// All overloads of an operation, to be called in `expect`.
+/// All overloads of an operation, for `expect`.
 #define LIFT(operation) [](auto const&... p) { return operation(p...); }
 
-/// In a test with a scratch directory of that name: what the expression results in.
+/// Compares the outcome of an expression, in a test with a scratch directory.
 #define EXPECT_OUTCOME(expression, expected)                                                      \
     EXPECT_EQ(                                                                                    \
         ko::filesystem::test_support::outcome(this->scratch.path8(), [&] { return expression; }), \

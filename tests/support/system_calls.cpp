@@ -25,8 +25,8 @@ namespace {
 
 using ko::filesystem::test_support::call_recorder;
 
-/// Notes `call` and tells whether it is to be made. Only while there is a recorder: without one the
-/// calls must not even allocate.
+/// Records `call` and returns whether to make it. Called only while there is a recorder: without one,
+/// the calls must not even allocate.
 bool admitted(std::string const& call) {
     call_recorder* const r = call_recorder::current;
     r->all.push_back(call);
@@ -59,7 +59,7 @@ std::string shown(char const* name, DIR* stream) {
 
 std::string shown(char const* name, char const* path) { return std::string(name) + ' ' + path; }
 
-/// A directory that is opened from another one goes by its whole path, as ours do.
+/// A directory opened relative to another one is recorded with its whole path.
 std::string shown(char const* name, int base, char const* path) {
     bool const is_below = base != AT_FDCWD && *path != '/';
     return std::string(name) + ' ' + (is_below ? opened()[base] + '/' : "") + path;
@@ -138,7 +138,7 @@ OPEN(openat, "openat", BASE, PASSED_BASE)
 OPEN(openat64, "openat", BASE, PASSED_BASE)
 #undef OPEN
 
-// What is closed is closed, also where closing fails.
+// Closes the descriptor even if it reports a failure.
 extern "C" int close(int descriptor) {
     int const result = next<int(int)>("close")(descriptor);
     return ADMITTED("close") ? result : -1;
@@ -169,7 +169,7 @@ extern "C" ssize_t readlink(char const* path, char* buffer, size_t size) noexcep
     return next<ssize_t(char const*, char*, size_t)>("readlink")(path, buffer, size);
 }
 
-/// What Boost copies files by; the others that call this are not heard of.
+/// Boost copies files by this; other system calls are not recorded.
 extern "C" long syscall(long number, ...) noexcept {
     std::va_list rest;
     va_start(rest, number);
@@ -184,7 +184,7 @@ extern "C" long syscall(long number, ...) noexcept {
     return next<long(long, ...)>("syscall")(number, in, in_at, out, out_at, size, flags);
 }
 
-// Their names, which a header may have changed.
+// Headers may rename these: NAME is the real name.
 #define NEXT(type, name) next<type>(NAME(name))
 #define NAME(name) #name
 extern "C" iconv_t iconv_open(char const* to, char const* from) {
