@@ -20,7 +20,7 @@ namespace {
 using namespace detail;
 
 std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
-std::u16string const long_name = u"a-name-longer-than-the-buffer.of-a-string";
+std::u16string const long_name = u"a-name-longer-than-the-buffer-of-a-string";
 
 struct Memory : test_support::scratch_test {};
 

@@ -79,9 +79,8 @@ TEST_F(Path, IteratesOverItsElements) {
 }
 
 TEST_F(Path, ConvertsToAndFromTheStandardLibrary) {
-    auto const literal = upath::from_std("~/\u6F22//x");
-    EXPECT_TRUE(literal == u"~/\u6F22/x" && literal.to_std() == "~/\u6F22/x");
-    EXPECT_FALSE(literal.expand_tilde());
+    auto const p = upath::from_std("~/\u6F22//x");
+    EXPECT_TRUE(p == u"~/\u6F22/x" && p.to_std() == "~/\u6F22/x" && !p.expand_tilde());
 }
 
 /// Converts to both; has always counted as a path in comparisons and as a text in joins.

@@ -148,7 +148,7 @@ TEST_F(PathText, HasItsTildeExpanded) {
         char const* home;
         std::string p, expanded;
     } const rows[] = {
-        {"/h/u", "~", "/h/u"},
+        {"/h/u", "~/", "/h/u"},
         {"/h/u", "~/a//b", "/h/u/a//b"},
         {"/h/u/", "~/a", "/h/u//a"},
         {"rel", "~//", "rel//"},
