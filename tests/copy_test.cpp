@@ -197,8 +197,7 @@ TEST_F(Copy, CopiesBytesAndPermissions) {
     EXPECT_EQ(scratch.content(u"\u6F22"), bytes);
     EXPECT_EQ(status(u"\u6F22").permissions, 0640u);
     scratch.directory(u"d", 0750);
-    expect(LIFT(copy_directory),
-           row(u"d", u"made", "ok"));  // the second time it exists, which is no error
+    expect(LIFT(copy_directory), row(u"d", u"made", "ok"));  // for the path it exists: no error
     EXPECT_EQ(status(u"made").permissions, 0750u);
 }
 
@@ -266,8 +265,7 @@ TEST_F(Copy, WorksBelowAnOverlongWorkingDirectory) {
 }
 
 TEST_F(Copy, KeepsSetIdBitsOnlyForTheSameOwner) {
-    // Only root may give a file away.
-    if (::getuid() != 0) GTEST_SKIP() << "needs root";
+    if (::getuid() != 0) GTEST_SKIP() << "only root may give its files to another owner (chown)";
     for (unsigned const owner : {0u, 1000u}) {
         std::u16string const to = owner == 0 ? u"own" : u"foreign";
         file(u"f", "");

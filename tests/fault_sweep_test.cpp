@@ -417,8 +417,7 @@ TEST_F(FaultSweep, OfEveryCall) {
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const place = test_support::directory_on_another_file_system();
-    // Not every machine has a second file system that this user may write to.
-    if (place.empty()) GTEST_SKIP() << "there is no second file system to move to";
+    if (place.empty()) GTEST_SKIP() << "no move gets EXDEV without a second file system";
     test_support::scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = test_support::utf16(target);

@@ -71,8 +71,7 @@ private:
     std::string path_;
 };
 
-/// A directory on another file system than the working directory, or empty: not every machine has two
-/// that this user may write to.
+/// A directory on another file system than the working directory, or empty if there is none.
 inline std::string directory_on_another_file_system() {
     char const* const other = "/dev/shm";
     struct stat here, there;
