@@ -31,9 +31,8 @@ std::string const version =
 char const footer[] =
     "Operands are names: the shell expands tildes, kofs only if --expand is given.\n\n"
     "With --json, before or after the command, every line of standard output is an object with\n"
-    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after a change) "
-    "and\n"
-    "\"error\". A command for any number of paths prints one for each.\n\n"
+    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after a\n"
+    "change) and \"error\". A command for any number of paths prints one for each.\n\n"
     "On a terminal, names are shown with control characters escaped, and standard error shows the\n"
     "time that a copy, a move or a removal takes beyond the first second.\n\n"
     "Exit status: 0 success, 1 failure, 2 wrong usage; 128 plus the signal's number if a signal\n"
