@@ -20,8 +20,6 @@ TEST(Status, HasEveryType) {
     }
 }
 
-TEST(Status, NeedsACall) { EXPECT_THROW(status_from_stat({}), boost::bad_function_call); }
-
 TEST(Status, SaturatesTimes) {
     boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
     using limits = std::numeric_limits<std::int64_t>;

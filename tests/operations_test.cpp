@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
@@ -110,7 +111,7 @@ TEST_P(Operations, AttributesAreReadAndSet) {
     expect(resize(5), row(u"f//", "ok"));
     EXPECT_EQ(scratch.content(u"f"), std::string("con\0\0", 5));
     expect(resize(5'000'000'000), row(u"f", "ok"));
-    expect(resize(~0ull), row(u"f", "SystemError [f] " + std::to_string(EFBIG)));
+    expect(resize(~0ull), row(u"f", "SystemError [f] EFBIG"));
     must(::link("f", "hard") == 0);
     expect(LIFT(hard_link_count), row(u"f//", "2"), row(u"", no_path));
     expect(LIFT(file_size), row(u"f//", "5000000000"), row(u"d", "FileIsDirectory [d]"),
@@ -178,8 +179,7 @@ TEST_P(Operations, PermissionsAreReplacedAddedOrRemoved) {
                row(u"", no_path));
 #ifdef __linux__
     // Links have no permissions on Linux.
-    std::string const unsupported = "SystemError [l] " + std::to_string(EOPNOTSUPP);
-    expect(with(0600 | bits::perms_symlink), row(u"l", unsupported));
+    expect(with(0600 | bits::perms_symlink), row(u"l", "SystemError [l] EOPNOTSUPP"));
 #endif
 }
 
@@ -419,8 +419,13 @@ TEST_P(Operations, EquivalentComparesFiles) {
 }
 
 TEST_P(Operations, SpaceIsInBytes) {
-    space_info const info = space(upath(u"l/f"));
-    EXPECT_TRUE(info.available <= info.free && info.free <= info.capacity && info.capacity > 0);
+    auto const sizes = [](auto const& s) { return std::tuple(s.capacity, s.free, s.available); };
+    for (auto const system = [&] { return sizes(std::filesystem::space("d/f")); };;) {
+        auto const before = system(), own = sizes(space(upath(u"l/f")));
+        if (before != system()) continue;  // another process writes there
+        EXPECT_EQ(own, before);
+        break;
+    }
     // Failures from Boost have the low bytes of the path: U+6F22 becomes a quote.
     expect([](auto const& p) { return space(upath(p)).capacity; }, row(u"", no_path),
            row(u"m\u00E9\u6F22", "PathNotFound [m\uFFFD\"]"));

@@ -13,14 +13,18 @@
 
 namespace ko::filesystem::test_support {
 
-inline std::string error_name(int number) {
-    static std::map<int, std::string> const names = {
-        {EBUSY, "EBUSY"},   {ECANCELED, "ECANCELED"}, {EIO, "EIO"},       {ELOOP, "ELOOP"},
-        {EMFILE, "EMFILE"}, {EPERM, "EPERM"},         {ENOSPC, "ENOSPC"}, {EROFS, "EROFS"},
-        {ENOMEM, "ENOMEM"}, {ENOSYS, "ENOSYS"}};
-    auto const known = names.find(number);
-    return known == names.end() ? std::to_string(number) : known->second;
-}
+/// The error numbers in the manual pages of the calls, and 0 for a listing that just ends.
+#define NAMED(error) \
+    { error, #error }
+inline std::map<int, std::string> const error_names = {
+    NAMED(0),          NAMED(EACCES),    NAMED(EAGAIN),       NAMED(EBADF),   NAMED(EBUSY),
+    NAMED(ECANCELED),  NAMED(EDQUOT),    NAMED(EEXIST),       NAMED(EFAULT),  NAMED(EFBIG),
+    NAMED(EINTR),      NAMED(EINVAL),    NAMED(EIO),          NAMED(EISDIR),  NAMED(ELOOP),
+    NAMED(EMFILE),     NAMED(EMLINK),    NAMED(ENAMETOOLONG), NAMED(ENFILE),  NAMED(ENOENT),
+    NAMED(ENOMEM),     NAMED(ENOSPC),    NAMED(ENOSYS),       NAMED(ENOTDIR), NAMED(ENOTEMPTY),
+    NAMED(EOPNOTSUPP), NAMED(EOVERFLOW), NAMED(EPERM),        NAMED(ERANGE),  NAMED(EROFS),
+    NAMED(ETXTBSY),    NAMED(EXDEV)};
+#undef NAMED
 
 /// The result of `action` (yes or no for a bool), "ok" if it has none, or a summary of the exception
 /// it throws: the class, the message of an InvalidArgument in quotes, the path and the arguments in
@@ -57,7 +61,7 @@ std::string outcome(std::string const& root, Action action) {
             if (!argument.empty()) arguments += " [" + shown(argument) + ']';
         if (!error.path().empty() || !arguments.empty()) text += " [" + shown(error.path()) + ']';
         int const number = error.system_error_number();
-        return text + arguments + (number == 0 ? "" : ' ' + error_name(number));
+        return text + arguments + (number == 0 ? "" : ' ' + error_names.at(number));
     } catch (std::exception const& error) {
         return std::string("std: ").append(error.what());
     }
