@@ -3,32 +3,14 @@
 // with the full effect of the operation, or what a row says. No descriptor may be left open, and
 // files that are only read must be unchanged.
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <map>
 #include <regex>
 #include <set>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <vector>
-
-#include <ko/filesystem.hpp>
 
 #include "support/allocations.hpp"
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 #include "support/system_calls.hpp"
 

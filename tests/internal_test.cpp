@@ -1,14 +1,13 @@
 // Internal functions of the status reader.
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <limits>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
 #include <ko/filesystem/posix/status_reader.hpp>
+
+#include "support/files.hpp"
 
 namespace ko::filesystem::detail {
 namespace {

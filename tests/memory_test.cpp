@@ -1,17 +1,9 @@
-#include <cerrno>
-#include <cstddef>
 #include <functional>
-#include <iterator>
 #include <new>
-#include <string>
 
-#include <gtest/gtest.h>
-
-#include <ko/filesystem.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
 
 #include "support/allocations.hpp"
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <sstream>
-#include <string>
 #include <string_view>
-#include <type_traits>
-#include <utility>
 
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {

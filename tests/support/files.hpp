@@ -1,10 +1,14 @@
+// Included by all tests, with what most of them need.
 #pragma once
 
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +17,8 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +28,10 @@ namespace ko::filesystem::test_support {
 
 inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
 inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
+
+inline void must(bool succeeded) {
+    if (!succeeded) throw std::system_error(errno, std::generic_category());
+}
 
 /// A directory for one test, made with plain system calls and removed with its contents.
 class scratch_dir {
@@ -63,10 +73,6 @@ public:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    static void must(bool succeeded) {
-        if (!succeeded) throw std::system_error(errno, std::generic_category());
-    }
-
 private:
     std::string path_;
 };
@@ -83,7 +89,7 @@ inline std::string directory_on_another_file_system() {
 /// A test whose working directory is its own scratch directory, with the real path.
 class scratch_test : public ::testing::Test {
 protected:
-    scratch_test() { scratch_dir::must(::chdir(scratch.path8().c_str()) == 0); }
+    scratch_test() { must(::chdir(scratch.path8().c_str()) == 0); }
     ~scratch_test() override { static_cast<void>(::chdir(before_.c_str())); }
 
     scratch_dir scratch{std::filesystem::canonical(std::filesystem::temp_directory_path())};
