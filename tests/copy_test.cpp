@@ -101,14 +101,9 @@ struct rules {
 };
 
 TEST_F(Copy, FollowsTheRulesForAllOptions) {
-    file(u"file", "source", 1000);
-    scratch.directory(u"directory");
-    file(u"directory/f", "source", 1000);
-    scratch.link(u"to file", "file");
-    scratch.link(u"to dir", "directory");
-    scratch.link(u"to link", "to file");
-    scratch.link(u"dangling", "nowhere");
-    must(::mkfifo("fifo", 0600) == 0);
+    scratch.make({"directory/", "to file -> file", "to dir -> directory", "to link -> to file",
+                  "dangling -> nowhere", "fifo|"});
+    for (char16_t const* const name : {u"file", u"directory/f"}) file(name, "source", 1000);
     for (std::u16string const source : {u"missing", u"file", u"directory", u"to file", u"to dir",
                                         u"dangling", u"to link", u"fifo"})
         for (target const to : {target::missing, target::old_file, target::new_file,
@@ -119,8 +114,8 @@ TEST_F(Copy, FollowsTheRulesForAllOptions) {
                 std::filesystem::remove("elsewhere");
                 if (to == target::old_file) file(u"to", "old", 999);
                 if (to == target::new_file) file(u"to", "new", 1000);
-                if (to == target::directory) scratch.directory(u"to"), file(u"to/f", "old", 999);
-                if (to == target::dangling) scratch.link(u"to", "elsewhere");
+                if (to == target::directory) scratch.make({"to/"}), file(u"to/f", "old", 999);
+                if (to == target::dangling) scratch.make({"to -> elsewhere"});
                 auto const [outcome, after] = rules{source, to, options, state(u"to")}.expected();
                 SCOPED_TRACE(utf8(source) + ' ' + std::to_string(bits));
                 EXPECT_OUTCOME(copy(source, u"to", options), outcome);
@@ -133,10 +128,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     std::string const bad_link = "InvalidArgument \"Target of the symbolic link does not exist\"";
     std::string const missing = "PathNotFound [missing]",
                       unsupported = "SystemError [f] [p] ENOSYS";
-    for (char16_t const* const name : {u"f", u"g"}) file(name, "");
-    scratch.directory(u"d");
-    scratch.link(u"bad", "\xFF");
-    must(::mkfifo("p", 0600) == 0);
+    scratch.make({"f", "g", "d/", "bad -> \xFF", "p|"});
     expect(LIFT(copy), row(u"", u"f", empty), row(u"f", u"", empty), row(u"bad", u"x", bad_link),
            row(u"f//", u"g//", "FileExistsError [g]"),
            row(std::u16string(u"f\0", 2), u"x", "InvalidArgument \"\" [f\\0]"));
@@ -162,9 +154,8 @@ TEST_F(Copy, ReportsThePathAtFault) {
 }
 
 TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
-    file(u"f", "precious");
+    scratch.make({"f: precious", "link -> f"});
     must(::link("f", "hard") == 0);
-    scratch.link(u"link", "f");
     for (std::u16string const name : {u"f", u"hard", u"link"}) {
         std::string const refused = "FileExistsError [" + utf8(name) + "]";
         expect(copy_file_with(overwrite), row(u"f", name, refused));
@@ -177,20 +168,19 @@ TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
 TEST_F(Copy, CopiesBytesAndPermissions) {
     std::string bytes;
     for (unsigned i = 0; i < 300'000; ++i) bytes += static_cast<char>(i * i >> 3);
-    scratch.file(u"f", bytes);
+    scratch.make({"f: " + bytes});
     must(::chmod("f", 0640) == 0);
     expect(copy_file_with(overwrite), row(u".//f", u"\u6F22", "ok"));
     EXPECT_EQ(scratch.content(u"\u6F22"), bytes);
     EXPECT_EQ(status(u"\u6F22").permissions, 0640u);
-    scratch.directory(u"d", 0750);
+    must(::mkdir("d", 0700) == 0 && ::chmod("d", 0750) == 0);
     expect(LIFT(copy_directory), row(u"d", u"made", "ok"));  // for the path it exists: no error
     EXPECT_EQ(status(u"made").permissions, 0750u);
 }
 
 TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
     environment_guard const home("HOME", scratch.path8().c_str());
-    scratch.link(u"l", "~/x//y");
-    file(u"f", "");
+    scratch.make({"l -> ~/x//y", "f"});
     EXPECT_OUTCOME(copy_symlink(u"l", u"copy"), "ok");
     EXPECT_OUTCOME(copy_symlink(upath(u"~/l"), upath(u"~/other")), "ok");
     EXPECT_EQ(state(u"copy") + state(u"other"), "link ~/x//ylink ~/x//y");
@@ -201,11 +191,7 @@ TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
 }
 
 TEST_F(Copy, RefusesToCopyATreeIntoItself) {
-    scratch.directory(u"d");
-    scratch.directory(u"d/sub");
-    file(u"d/f", "");
-    scratch.link(u"to d", "d");
-    scratch.link(u"to sub", "d/sub");
+    scratch.make({"d/", "d/sub/", "d/f", "to d -> d", "to sub -> d/sub"});
     auto const tree = copy_with(recursive | overwrite);
     for (std::u16string const to :
          {u"d", u"d/sub", u"d/x/y", u"to sub", u"to sub/x", u"to d/./x", u"x/../d/y",
@@ -216,21 +202,20 @@ TEST_F(Copy, RefusesToCopyATreeIntoItself) {
     }
     expect(tree, row(u"d", u"d/../e", "ok"), row(u"d", u"dd", "ok"),
            row(u"d", u"x/y/../../e2", "ok"), row(u"d/sub", u"d/e", "ok"));
-    scratch.directory(u"z");
-    scratch.link(u"z/sub", "../d/sub");  // below the target, a link to what is copied there
+    scratch.make({"z/", "z/sub -> ../d/sub"});  // below the target, a link to what is copied there
     expect(tree, row(u"d", u"z", "InvalidArgument \"\" [d/sub] [z/sub]"));
     // A link's text is looked up as a name, but its tilde is expanded when the directory is listed.
     environment_guard const home("HOME", scratch.path8().c_str());
     std::filesystem::create_directories("~/d");
     for (std::string const& back : {scratch.path8() + "/d", std::string("~/d")}) {
-        scratch.link(u"d/sub/back", back);
+        scratch.make({"d/sub/back -> " + back});
         EXPECT_OUTCOME(copy(u"d", u"y", recursive), "SystemError [d/sub/back] ELOOP");
         for (char const* const name : {"d/sub/back", "y"}) std::filesystem::remove_all(name);
     }
     // Nor into what is above the target, is the target, or was made for it.
-    scratch.directory(u"elsewhere");
+    scratch.make({"elsewhere/"});
     for (std::string const meets : {"elsewhere", "elsewhere/x", "elsewhere/x/y"}) {
-        scratch.link(u"d/out", scratch.path8() + '/' + meets);
+        scratch.make({"d/out -> " + scratch.path8() + '/' + meets});
         EXPECT_OUTCOME(copy(u"d", u"elsewhere/x/y", recursive),
                        "InvalidArgument \"\" [@/" + meets + "] [elsewhere/x/y/out]");
         std::filesystem::remove_all("elsewhere/x");
@@ -264,10 +249,8 @@ TEST_F(Copy, KeepsSetIdBitsOnlyForTheSameOwner) {
 }
 
 TEST_F(Copy, CallsItsObserverBeforeEachEntry) {
-    for (char16_t const* const name : {u"t", u"t/\u00E9", u"t/\u00E9/d"}) scratch.directory(name);
-    file(u"t/a", "123");
-    file(u"t/\u00E9/\u6F22", "45");
-    scratch.link(u"t/l", "no/where");
+    scratch.make(
+        {"t/", "t/\u00E9/", "t/\u00E9/d/", "t/a: 123", "t/\u00E9/\u6F22: 45", "t/l -> no/where"});
     constexpr auto tree = recursive | keep_links;
     std::vector<std::pair<std::u16string, std::u16string>> entries;
     std::uint64_t bytes = 0;

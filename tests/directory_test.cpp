@@ -43,12 +43,9 @@ class Directory : public table_test {
 protected:
     /// Names of many kinds in `d`, two of them not UTF-8.
     Directory() {
-        for (std::string const dir : {"", "/s", "/s/t", "/\xFF", "/\xFF/\xC3\xA9", "/~root"})
-            must(::mkdir(("d" + dir).c_str(), 0755) == 0);
-        for (std::string const file : {"s/f", "s/t/f", "\xFF/f", "a\xFFz", "\n\x7F", "..."})
-            must(::mknod(("d/" + file).c_str(), S_IFREG | 0644, 0) == 0);
-        must(::symlink("s", "d/l") == 0 && ::symlink("x", "d/dangling") == 0);
-        must(::symlink(".../x", "d/x") == 0);
+        scratch.make({"d/", "d/s/", "d/s/t/", "d/\xFF/", "d/\xFF/\xC3\xA9/", "d/~root/", "d/s/f",
+                      "d/s/t/f", "d/\xFF/f", "d/a\xFFz", "d/\n\x7F", "d/...", "d/l -> s",
+                      "d/dangling -> x", "d/x -> .../x"});
     }
 };
 
@@ -90,7 +87,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
            row(u"d//x//", "NotDirectoryError [d/x]"));
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
-    scratch.directory(u"d/s/closed", 0);
+    must(::mkdir("d/s/closed", 0) == 0);
     as_unprivileged_child([&] {
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
@@ -98,8 +95,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
 }
 
 TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
-    scratch.link(u"d/s/t/up", "..");
-    scratch.link(u"d/s/u", "t");  // a sibling, so not open at that time
+    scratch.make({"d/s/t/up -> ..", "d/s/u -> t"});  // u: a sibling, so not open at that time
     EXPECT_EQ(walked(recursive(u"d/s", option::follow_directory_symlinks)),
               (lines{"d/s/f 0f", "d/s/t 0d", "d/s/t/f 1f", "d/s/t/up 1dl", "d/s/u 0dl",
                      "d/s/u/f 1f", "d/s/u/up 1dl"}));
@@ -108,7 +104,7 @@ TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
         names.insert(entry.native_name());
         if (entry.native_name() != "t") continue;
         std::filesystem::remove_all("d/s/t");
-        scratch.link(u"d/s/t", "..");
+        scratch.make({"d/s/t -> .."});
     }
     EXPECT_EQ(names, (lines{"f", "t", "u"}));
 }

@@ -100,21 +100,14 @@ bool matches(std::string const& outcome, std::string const& wanted) {
     return outcome.rfind(wanted.substr(0, wanted.size() - 1), 0) == 0;
 }
 
-/// The files `f`, `g` and `d/s/f`, the link `l` to f, and the empty directory `e`.
 class FaultSweep : public test_support::scratch_test {
 protected:
     void make_tree() {
         std::filesystem::current_path(scratch.path8());
         for (auto const& entry : std::filesystem::directory_iterator("."))
             std::filesystem::remove_all(entry);
-        scratch.file(u"f", "content");
-        scratch.file(u"g", "old");
-        scratch.directory(u"e");
-        scratch.directory(u"d");
-        scratch.directory(u"d/s");
-        scratch.file(u"d/s/f", "inner");
-        scratch.link(u"l", "f");
-        scratch.link(u"d/l", "s");
+        scratch.make(
+            {"f: content", "g: old", "e/", "d/", "d/s/", "d/s/f: inner", "l -> f", "d/l -> s"});
     }
 
     /// Everything at `path` and below: names, modes and contents.

@@ -19,19 +19,12 @@ std::u16string const zero = std::u16string(u"d\0x", 3);
 std::string const nothing = "ffff0000 0 no time";  // the type is file_not_found
 std::string const no_path = "InvalidArgument \"Empty Path not permitted\"";
 
-/// `f` "content", `\u6F22`, `secret` 0000, `d` with `d/f` in it, `empty`, `closed` 0000, the links
-/// `l` to d, `dangling` and `loop`, and `fifo`.
 class Operations : public table_test, public ::testing::WithParamInterface<bool> {
 protected:
     Operations() {
         with_texts = GetParam(), with_paths = !GetParam();
-        for (char16_t const* const name : {u"d", u"empty", u"closed"}) scratch.directory(name);
-        for (char16_t const* const name : {u"\u6F22", u"secret", u"d/f"}) scratch.file(name);
-        scratch.file(u"f", "content");
-        scratch.link(u"l", "d");
-        scratch.link(u"dangling", "x");
-        scratch.link(u"loop", "loop");
-        must(::mkfifo("fifo", 0600) == 0);
+        scratch.make({"f: content", "\u6F22", "secret", "d/", "d/f", "empty/", "closed/", "l -> d",
+                      "dangling -> x", "loop -> loop", "fifo|"});
         must(::chmod("secret", 0) == 0 && ::chmod("closed", 0) == 0);
     }
     ~Operations() override {
@@ -218,14 +211,13 @@ TEST_P(Operations, LinksAreCreatedAndRead) {
     expect(LIFT(create_hard_link), row(u"f//", u"h//", "ok"), row(u"dangling", u"hl", "ok"),
            row(u"", u"n", no_path), row(u"f", u"", no_path), row(u"f", u"l", "FileExistsError"));
     EXPECT_EQ(scratch.content(u"h") + mode("hl"), "contentl");
-    scratch.link(u"bad", "x\xFF");
-    scratch.link(u"tilde", "~//x");
+    scratch.make({"bad -> x\xFF", "tilde -> ~//x"});
     expect(LIFT(read_symlink), row(u"a//", "\u6F22/x"), row(u"b", ".."), row(u"c", "/h/x"),
            row(u"tilde", with_texts ? "~//x" : "/h/x"), row(u"bad", ""), row(u"", ""),
            row(u"\u6F22", "InvalidArgument \"\" [\u6F22]"));
     for (std::size_t const size : {1023u, 1024u, 3000u}) {
         std::string const text(size, 'x'), name = "long" + std::to_string(size);
-        scratch.link(utf16(name), text);
+        scratch.make({name + " -> " + text});
         expect(LIFT(read_symlink), row(utf16(name), text));
     }
 }
@@ -256,15 +248,10 @@ TEST_P(Operations, RemoveChecksTheKindOfEntry) {
 }
 
 TEST_P(Operations, RemoveAllRemovesATreeAndNothingElse) {
-    std::u16string dir = u"tree";
-    for (int level = 0; level < 30; ++level, dir += u"/d\u00E9") {
-        scratch.directory(dir);
-        scratch.directory(dir + u"/.hidden");
-        scratch.file(dir + u"/..more");
-        scratch.link(dir + u"/out", scratch.path8() + "/d");
-        scratch.link(dir + u"/up", "..");
-    }
-    must(::mkdir("tree/bad\xFF", 0755) == 0);
+    std::string dir = "tree/", out = "out -> " + scratch.path8() + "/d";
+    for (int level = 0; level < 30; ++level, dir += "d\u00E9/")
+        scratch.make({dir, dir + ".hidden/", dir + "..more", dir + out, dir + "up -> .."});
+    scratch.make({"tree/bad\xFF/"});
     expect(LIFT(remove_all), row(u"tree//", "ok"), row(u"l//", "ok"), row(u"f//", "ok"));
     EXPECT_EQ(mode("tree") + mode("l") + mode("d/f"), "nothingnothing-644");
 }
@@ -306,10 +293,7 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
         return status(other / name).last_write_time.date().year() == 2001;
     };
     for (bool const keep : {false, true}) {
-        scratch.directory(u"t");
-        scratch.file(u"t/\u00E9", "deep");
-        scratch.link(u"t/l", "\u00E9");
-        scratch.file(u"g", "flat");
+        scratch.make({"t/", "t/\u00E9: deep", "t/l -> \u00E9", "g: flat"});
         for (char const* const name : {"t/\u00E9", "t", "g"})
             must(::utimensat(AT_FDCWD, name, in_2001, 0) == 0);
         auto const move = [&](auto const& from, auto const& to) {
@@ -332,18 +316,14 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
 }
 
 TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
-    other.file(u"f", "old");
-    other.directory(u"d");
-    other.file(u"d/f", "old");
+    other.make({"f: old", "d/", "d/f: old"});
     for (std::u16string const name : {u"f", u"d"})
         expect(LIFT(rename),
                row(name, other / name, "FileExistsError [" + utf8(other / name) + "]"));
     EXPECT_EQ(other.content(u"f") + other.content(u"d/f") + mode("f"), "oldold-644");
     // Below the source, by a link at the target or in it.
-    scratch.directory(u"d/e");
-    other.link(u"in", scratch.path8() + "/d/e");
-    other.directory(u"u");
-    other.link(u"u/e", scratch.path8() + "/d");
+    scratch.make({"d/e/"});
+    other.make({"in -> " + scratch.path8() + "/d/e", "u/", "u/e -> " + scratch.path8() + "/d"});
     for (std::u16string const name : {u"in", u"in/x", u"u"})
         expect(LIFT(rename),
                row(u"d", other / name, "InvalidArgument \"\" [d] [" + utf8(other / name) + "]"));
@@ -352,7 +332,7 @@ TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
 
 TEST_P(RenameAcrossFileSystems, ReportsTimesItCannotPreserve) {
     // The target of a link out of the tree has no copy.
-    scratch.link(u"empty/out", scratch.path8() + "/secret");
+    scratch.make({"empty/out -> " + scratch.path8() + "/secret"});
     EXPECT_THROW(rename(u"empty", other / u"e", preserving), std::filesystem::filesystem_error);
     EXPECT_EQ(mode("empty/out"), "l");
     // A time outside the range of a nanosecond clock is kept, unless the file system can't store it.

@@ -50,21 +50,30 @@ public:
     std::string const& path8() const noexcept { return path_; }
     std::u16string operator/(std::u16string const& p) const { return utf16(path_) + u'/' + p; }
 
+    /// Makes a "directory/", a "file: with its content", a "link -> target", a "fifo|", or an empty
+    /// file each, in this order, with the same modes for any umask.
+    void make(std::vector<std::string> const& entries) const {
+        for (std::string const& entry : entries) {
+            std::size_t const arrow = entry.find(" -> "), end = entry.find_first_of(":|");
+            std::string const path = path_ + '/' + entry.substr(0, std::min(arrow, end));
+            mode_t const mode = path.back() == '/' ? 0755 : 0644;
+            if (arrow != entry.npos)
+                must(::symlink(entry.substr(arrow + 4).c_str(), path.c_str()) == 0);
+            else if (path.back() == '/')
+                must(::mkdir(path.c_str(), mode) == 0);
+            else if (entry.back() == '|')
+                must(::mkfifo(path.c_str(), mode) == 0);
+            else
+                std::ofstream(path, std::ios::binary)
+                    << entry.substr(end == entry.npos ? entry.size() : end + 2);
+            must(arrow != entry.npos || ::chmod(path.c_str(), mode) == 0);
+        }
+    }
     std::u16string file(std::u16string const& name, std::string const& content = {}) const {
-        std::u16string const path = *this / name;
-        std::ofstream(utf8(path), std::ios::binary) << content;
-        must(::chmod(utf8(path).c_str(), 0644) == 0);
-        return path;
+        return make({utf8(name) + ": " + content}), *this / name;
     }
-    std::u16string directory(std::u16string const& name, mode_t mode = 0755) const {
-        std::u16string const path = *this / name;
-        must(::mkdir(utf8(path).c_str(), 0700) == 0 && ::chmod(utf8(path).c_str(), mode) == 0);
-        return path;
-    }
-    std::u16string link(std::u16string const& name, std::string const& target) const {
-        std::u16string const path = *this / name;
-        must(::symlink(target.c_str(), utf8(path).c_str()) == 0);
-        return path;
+    std::u16string directory(std::u16string const& name) const {
+        return make({utf8(name) + '/'}), *this / name;
     }
 
     std::string content(std::u16string const& name) const {
