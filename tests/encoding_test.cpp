@@ -6,12 +6,11 @@
 #include "support/files.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::encoding_test {
 
+using namespace test_support;  // tests/support
 using detail::from_filesystem;
 using detail::to_filesystem;
-using test_support::for_each_text;
 
 bool is_high(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool is_low(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
@@ -128,5 +127,4 @@ TEST(Encoding, MayStopInsideAUnit) {
     ::iconv_close(pairs);
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::encoding_test

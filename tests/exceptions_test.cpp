@@ -8,8 +8,7 @@
 
 #include "support/files.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::exceptions_test {
 
 using strings = std::vector<std::u16string>;
 
@@ -91,5 +90,4 @@ TEST(Exceptions, AreCapturedWithTheirClass) {
     }
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::exceptions_test

@@ -9,9 +9,9 @@
 
 #include "support/files.hpp"
 
-namespace ko::filesystem::detail {
-namespace {
+namespace ko::filesystem::internal_test {
 
+using namespace detail;
 TEST(Status, HasEveryType) {
     for (unsigned bits = 0; bits != 16; ++bits) {
         bool const known = bits == 1 || (bits != 0 && bits != 14 && bits % 2 == 0);
@@ -39,5 +39,4 @@ TEST(Status, SaturatesTimes) {
             << seconds;
 }
 
-}  // namespace
-}  // namespace ko::filesystem::detail
+}  // namespace ko::filesystem::internal_test

@@ -9,8 +9,7 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::operations_test {
 
 using namespace test_support;  // tests/support
 
@@ -408,5 +407,4 @@ TEST_P(Operations, UncPathsAndShortcutsAreStubs) {
     EXPECT_EQ(mode("s"), "nothing");
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::operations_test

@@ -3,9 +3,9 @@
 #include "support/outcome.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::detail {
-namespace {
+namespace ko::filesystem::path_text_test {
 
+using namespace detail;
 using namespace ko::filesystem::test_support;  // tests/support
 
 using text = std::u16string;
@@ -181,5 +181,4 @@ TEST_F(PathText, IsWalkedByACursor) {
     });
 }
 
-}  // namespace
-}  // namespace ko::filesystem::detail
+}  // namespace ko::filesystem::path_text_test
