@@ -416,25 +416,24 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
 TEST_F(FaultSweep, OfOddCalls) {
     make_tree();
     std::string const overlong(1024, 'n');
-    struct {
-        std::string call;
-        int error;
-        std::function<void()> action;
-        std::string outcome;
-    } const rows[] = {
-        {"mkdir n", 0, [] { create_directory(u"n"), create_directories(u"m"); }, "ok"},
-        {"rename f t", 0, [] { rename(u"f", u"t"); }, "ok"},
-        {"lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO"},
-        {"", 0, [] { read_symlink(u"/negative"); }, "SystemError ENAMETOOLONG"},
-        // An overlong source is at fault, whatever the error number.
-        {"stat " + overlong, ENOENT, [&] { rename(utf16(overlong), u"t"); },
-         "FileNameTooLarge [" + overlong + "]"},
-    };
-    for (auto const& row : rows) {
+    auto const check = [&](std::string const& call, int error, auto action,
+                           std::string const& result) {
         call_recorder recorded;
-        recorded.failing = row.call, recorded.error = row.error;
-        EXPECT_OUTCOME(row.action(), row.outcome) << row.call;
-    }
+        recorded.failing = call, recorded.error = error;
+        EXPECT_OUTCOME(action(), result) << call;
+    };
+    check(
+        "mkdir n", 0, [] { create_directory(u"n"), create_directories(u"m"); }, "ok");
+    check(
+        "rename f t", 0, [] { rename(u"f", u"t"); }, "ok");
+    check(
+        "lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO");
+    check(
+        "", 0, [] { read_symlink(u"/negative"); }, "SystemError ENAMETOOLONG");
+    // An overlong source is at fault, whatever the error number.
+    std::string const result = "FileNameTooLarge [" + overlong + "]";
+    check(
+        "stat " + overlong, ENOENT, [&] { rename(utf16(overlong), u"t"); }, result);
 }
 
 using RemoveAll = FaultSweep;

@@ -24,19 +24,16 @@ TEST(Status, SaturatesTimes) {
     using limits = std::numeric_limits<std::int64_t>;
     // The last count that is a time, relative to 1970: those above are special values.
     std::int64_t const last = limits::max() - 2 - 210'866'803'200'000'000;
-    struct {
-        std::int64_t seconds, microseconds;
-        boost::posix_time::ptime time;
-    } const rows[] = {
-        {limits::max(), 999'999, boost::posix_time::pos_infin},
-        {limits::min(), 0, boost::posix_time::neg_infin},
-        {last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last)},
-        {last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin},
-    };
-    for (auto const& [seconds, microseconds, time] : rows)
-        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), static_cast<long>(microseconds * 1000)}),
-                  time)
+    auto const check = [](std::int64_t seconds, std::int64_t microseconds, auto const& time) {
+        auto const nanoseconds = static_cast<long>(microseconds * 1000);
+        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), nanoseconds}),
+                  boost::posix_time::ptime(time))
             << seconds;
+    };
+    check(limits::max(), 999'999, boost::posix_time::pos_infin);
+    check(limits::min(), 0, boost::posix_time::neg_infin);
+    check(last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last));
+    check(last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin);
 }
 
 }  // namespace ko::filesystem::internal_test
