@@ -97,6 +97,7 @@ struct scenario {
     std::function<std::string(std::string const& root)> told;
     std::string from = "@/f", to = "@/n";
     std::vector<std::tuple<std::string, numbers, std::string>> exemptions;
+    calls removed = {};  ///< any of which may stay, and is then reported with the target
 };
 
 /// Called around each trial of an operation.
@@ -197,6 +198,7 @@ protected:
                 result.push_back(mapped(error, s.to));
             else
                 result.push_back(mapped(error, s.from, copies && error == EISDIR ? "" : s.to));
+            for (auto const& path : s.removed) result.push_back(mapped(error, path, s.to));
         }
         return result;
     }
@@ -351,6 +353,13 @@ TEST_F(FaultSweep, OfEveryCall) {
         scenario("read_symlink", own, [=] { return read_symlink(at(u"l")); }),
         scenario("rename", of_move, [=] { rename(at(u"d/s/f"), at(u"d/n")); })
             .on("@/d/s/f", "@/d/n"),
+        scenario("rename_durably", of_move, [=] { rename_durably(at(u"d/s/f"), at(u"d/n")); })
+            .on("@/d/s/f", "@/d/n")
+            .but("open", {EACCES}, "ok")  // by sync, which reports nothing
+            .but("open @/d/s/f", {ENOENT}, ":@/d/n")
+            .but("fsync @/d/s/f", {ENOENT}, ":@/d/n")
+            .but("open", {ENOENT}, ":@/d/s/f")  // after the move
+            .but("fsync", {ENOENT}, ":@/d/s/f"),
         scenario("remove", own, [=] { remove(at(u"f")), remove(at(u"e")); })
             .but("lstat", {ENOENT}, "pathless"),
         scenario("remove_if_exists", own, [=] { return remove_if_exists(at(u"f")); })
@@ -422,6 +431,7 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = test_support::utf16(target);
     auto move = scenario("rename", of_move, [=] { rename(from, to); }).on("@/d", target);
+    move.removed = {"@/d", "@/d/l", "@/d/s", "@/d/s/f"};
     // An entry that vanishes during the removal counts as removed.
     for (char const* const call : {"openat", "fdopendir", "readdir"})
         move.but(call, {ENOENT, ENOTDIR, ELOOP}, "*");
