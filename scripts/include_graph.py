@@ -30,7 +30,7 @@ LAYERS = [
         "detail/path_algorithms", "detail/path_decomposition detail/path_expansion", "detail/path_composition",
         "detail/path_traits", "path std_path"]),
     ("operations", "what calls the system, and the error mapping", [
-        "detail/current_directory detail/error_mapping posix/directory_stream posix/file_identity "
+        "detail/current_directory detail/error_mapping posix/directory_stream posix/directory_maker posix/file_identity "
         "posix/foreign_rights posix/durability",
         "posix/native_text posix/system_path",
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",

@@ -61,6 +61,18 @@ bool exists_by_stat(char const* path8) {
     throw_errno_exception(errno, path8, {});
 }
 
+bool exists_natively(char const* path8, struct stat& found) {
+    if (::stat(path8, &found) == 0) return true;
+    int const error = errno;
+    if (means_absent(error) || error == EINVAL) return false;
+    throw_errno_exception(error, path8, {});
+}
+
+bool exists_natively(char const* path8) {
+    struct stat found;
+    return exists_natively(path8, found);
+}
+
 bool exists_native(std::u16string const& native) {
     if (native.empty()) return false;
     try {
@@ -70,6 +82,24 @@ bool exists_native(std::u16string const& native) {
     } catch (InvalidArgument const&) {
         return false;
     }
+}
+
+file_status to_file_status(struct stat const& found) {
+    file_status result;
+    result.type = translated_type(found.st_mode);
+    result.permissions = found.st_mode & 0xFFF;
+    result.last_access_time = to_ptime(access_time(found));
+    result.last_write_time = to_ptime(write_time(found));
+    result.last_status_change_time = to_ptime(status_change_time(found));
+    result.size = static_cast<std::uint64_t>(found.st_size);
+    return result;
+}
+
+bool examine(stat_function stat_or_lstat, char const* path8, struct stat& found) {
+    errno = 0;
+    if (stat_or_lstat(path8, &found) == 0) return true;
+    if (errno == ENOENT) return false;
+    throw_errno_exception(errno, {}, {});
 }
 
 namespace {
@@ -84,12 +114,7 @@ std::optional<int> read_by(StatCall const& stat_call, file_status& result) {
         int const error = errno;
         return error == ENOENT ? std::nullopt : std::optional<int>(error);
     }
-    result.type = translated_type(found.st_mode);
-    result.permissions = found.st_mode & 0xFFF;
-    result.last_access_time = to_ptime(access_time(found));
-    result.last_write_time = to_ptime(write_time(found));
-    result.last_status_change_time = to_ptime(status_change_time(found));
-    result.size = static_cast<std::uint64_t>(found.st_size);
+    result = to_file_status(found);
     return std::nullopt;
 }
 

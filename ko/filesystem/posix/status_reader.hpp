@@ -22,6 +22,11 @@ bool means_absent(int error) noexcept;
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(char const* path8);
 
+/// The same by the rules of `exists`, which count EINVAL as absent as well.
+bool exists_natively(char const* path8);
+/// The same, with the status of what exists in `found`.
+bool exists_natively(char const* path8, struct stat& found);
+
 /// `exists` for text in native form; false if it is empty.
 /// Throws like `exists`.
 bool exists_native(std::u16string const& native);
@@ -39,6 +44,14 @@ boost::posix_time::ptime to_ptime(timespec const& time);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;
+
+/// `found` in the form of `file_status`.
+file_status to_file_status(struct stat const& found);
+
+/// Fills `found` by a call of stat or lstat on `path8`. Returns false for ENOENT.
+/// Throws the class of every other error number; path(): empty
+bool examine(int (*stat_or_lstat)(char const*, struct stat*), char const* path8,
+             struct stat& found);
 
 /// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
