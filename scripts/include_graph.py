@@ -7,7 +7,8 @@
 A header and the .cpp that includes it first are one module. A module includes only modules of its own
 floor and lower ones, without circles. A public header includes no internal header and no header of the
 operating system. An internal one says so in its first line. The header of every std:: name is included, in
-a .cpp perhaps by its own header.
+a .cpp perhaps by its own header. The next CMakeLists.txt above each .cpp, those of the tests and tools too,
+names it.
 """
 import collections
 import graphlib
@@ -89,6 +90,10 @@ def read_code():
         if file.suffix == ".hpp" and module in installed:
             wrong += [f"{name}: is public and includes {other}" for other in sorted(
                 set(included) - installed | set(re.findall(r"^#include <([\w/]+\.h)>", code, re.M)))]
+    for file in sorted(file for top in ("bench", "ko", "tests", "tools") for file in (ROOT / top).rglob("*.cpp")):
+        build = next(folder / "CMakeLists.txt" for folder in file.parents if (folder / "CMakeLists.txt").exists())
+        if not re.search(rf"(?<!\w){file.relative_to(build.parent)}\b", build.read_text()):
+            wrong.append(f"{file.relative_to(ROOT)}: is not in {build.relative_to(ROOT)}")
     wrong += [f"{name}: is on a floor and nowhere else" for name in sorted(FLOORS.keys() - set().union(*members.values()))]
     wrong += [f"ko/filesystem.hpp: lacks {name}" for name in sorted(installed - graph["filesystem"] - {"filesystem"})]
     try:

@@ -1,18 +1,7 @@
 // Listings of real directories.
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <iterator>
 #include <set>
-#include <string>
 
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {
@@ -20,7 +9,6 @@ namespace {
 
 using namespace test_support;  // tests/support
 
-constexpr auto must = &scratch_dir::must;
 using recursive = recursive_directory_iterator;
 using option = directory_option;
 using lines = std::multiset<std::string>;
@@ -55,12 +43,9 @@ class Directory : public table_test {
 protected:
     /// Names of many kinds in `d`, two of them not UTF-8.
     Directory() {
-        for (std::string const dir : {"", "/s", "/s/t", "/\xFF", "/\xFF/\xC3\xA9", "/~root"})
-            must(::mkdir(("d" + dir).c_str(), 0755) == 0);
-        for (std::string const file : {"s/f", "s/t/f", "\xFF/f", "a\xFFz", "\n\x7F", "..."})
-            must(::mknod(("d/" + file).c_str(), S_IFREG | 0644, 0) == 0);
-        must(::symlink("s", "d/l") == 0 && ::symlink("x", "d/dangling") == 0);
-        must(::symlink(".../x", "d/x") == 0);
+        scratch.make({"d/", "d/s/", "d/s/t/", "d/\xFF/", "d/\xFF/\xC3\xA9/", "d/~root/", "d/s/f",
+                      "d/s/t/f", "d/\xFF/f", "d/a\xFFz", "d/\n\x7F", "d/...", "d/l -> s",
+                      "d/dangling -> x", "d/x -> .../x"});
     }
 };
 
@@ -74,8 +59,8 @@ TEST_F(Directory, ListsWhatStdLists) {
         walked(std_recursive("d", std::filesystem::directory_options::follow_directory_symlink)));
     directory_iterator it(upath(u"/")), other = it;
     upath const first = (*it++).path();
-    EXPECT_TRUE(first.parent_path() == upath(u"/") && first != other->path() &&
-                !first.expand_tilde());
+    EXPECT_EQ(joined(first.parent_path(), first != other->path(), first.expand_tilde()),
+              "/|yes|no|");
 }
 
 TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
@@ -102,7 +87,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
            row(u"d//x//", "NotDirectoryError [d/x]"));
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
-    scratch.directory(u"d/s/closed", 0);
+    must(::mkdir("d/s/closed", 0) == 0);
     as_unprivileged_child([&] {
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
@@ -110,8 +95,7 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
 }
 
 TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
-    scratch.link(u"d/s/t/up", "..");
-    scratch.link(u"d/s/u", "t");  // a sibling, so not open at that time
+    scratch.make({"d/s/t/up -> ..", "d/s/u -> t"});  // u: a sibling, so not open at that time
     EXPECT_EQ(walked(recursive(u"d/s", option::follow_directory_symlinks)),
               (lines{"d/s/f 0f", "d/s/t 0d", "d/s/t/f 1f", "d/s/t/up 1dl", "d/s/u 0dl",
                      "d/s/u/f 1f", "d/s/u/up 1dl"}));
@@ -120,7 +104,7 @@ TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
         names.insert(entry.native_name());
         if (entry.native_name() != "t") continue;
         std::filesystem::remove_all("d/s/t");
-        scratch.link(u"d/s/t", "..");
+        scratch.make({"d/s/t -> .."});
     }
     EXPECT_EQ(names, (lines{"f", "t", "u"}));
 }

@@ -1,16 +1,9 @@
 // Both conversions against their rules, unit by unit.
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdlib>
-#include <string>
-
-#include <gtest/gtest.h>
-
-#include <ko/filesystem.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/iconv_converter.hpp>
 
+#include "support/files.hpp"
 #include "support/short_texts.hpp"
 
 namespace ko::filesystem {

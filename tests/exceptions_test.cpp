@@ -1,17 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <cstring>
 #include <locale>
-#include <string>
 #include <thread>
 #include <typeinfo>
-#include <vector>
 
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception_ptr.hpp>
 
-#include <ko/filesystem.hpp>
+#include "support/files.hpp"
 
 namespace ko::filesystem {
 namespace {

@@ -20,6 +20,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -28,9 +29,10 @@ using ko::filesystem::test_support::call_recorder;
 /// Records `call` and returns whether to make it. Called only while there is a recorder: without one,
 /// the calls must not even allocate.
 bool admitted(std::string const& call) {
-    call_recorder* const r = call_recorder::current;
+    call_recorder* const r = std::exchange(call_recorder::current, nullptr);
     r->all.push_back(call);
     if (r->during) r->during();
+    call_recorder::current = r;
     bool const fails = r->all.size() - 1 == r->failing_index || call == r->failing;
     if (fails) errno = r->error;
     return !fails;
