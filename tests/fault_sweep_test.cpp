@@ -499,12 +499,18 @@ TEST_F(CurrentPath, IsReadByNobodyWhileItChanges) {
         for (int i = 0; i < 20; ++i) change_current_path(u".");
         done = true;
     });
-    int overlaps = 0;
+    int overlaps = 0, hanging = 0, status = -1;
     call_recorder recorded;
     recorded.during = [&] { overlaps += changing ? 1 : 0; };
-    while (!done) get_current_path();
+    while (!done && hanging == 0) {
+        get_current_path();
+        while (!changing && !done) std::this_thread::yield();
+        pid_t const child = ::fork();  // while the other thread has the lock
+        if (child == 0) ::alarm(5), get_current_path(), std::_Exit(0);
+        hanging += ::waitpid(child, &status, 0) != child || status != 0 ? 1 : 0;
+    }
     changes.join();
-    EXPECT_EQ(overlaps, 0);
+    EXPECT_EQ(overlaps + hanging, 0);
 }
 
 TEST(Encoding, OpensEachConverterOncePerThreadAndClosesItWithIt) {

@@ -358,7 +358,9 @@ TEST_P(Operations, ResolveMakesPathsAbsoluteAndCanonical) {
            row(u"missing", "PathNotFound"), row(lone, "PathNotFound"),
            row(u"dangling", "PathNotFound"), row(u"f/x", "PathNotFound"),
            row(u"f", u"~/l/", "@/d/f"), row(u"", u"rel", ""), row(u"b", u"rel", bad_base),
-           row(u"f", u"/missing", "PathNotFound"), row(u"f", u"/" + lone, "PathNotFound"));
+           row(u"f", u"/missing", "PathNotFound"), row(u"f", u"/" + lone, "PathNotFound"),
+           row(lone, zero, "InvalidArgument \"\" [d\\0x]"), row(root, lone, "@"),
+           row(root, zero, "@"));
     expect(LIFT(weakly_canonical), row(u"l//f", "@/d/f"), row(root + u"/l/no/../x", "@/d/x"),
            row(u"l/no/./y", "@/d/no/y"), row(u"l/no/.", "@/d/no/."), row(u"l/no/..", "@/d"),
            row(u"l/\u6F22/x", "@/d/\u6F22/x"), row(u"f/x", "@/f/x"),
