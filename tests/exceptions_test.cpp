@@ -4,6 +4,7 @@
 #include <cstring>
 #include <locale>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <typeinfo>
 #include <vector>
@@ -19,28 +20,30 @@ namespace {
 using strings = std::vector<std::u16string>;
 
 template <class Error>
-void check(Error const& error, std::string const& name, int kind, std::u16string const& path,
-           strings const& arguments = {}, int number = 0) {
+void check(Error const& error, std::string const& name, int kind, int code,
+           std::u16string const& path, strings const& arguments = {}, int number = 0) {
     Error const copy(error);
     EXPECT_EQ(copy.message_id(), "ko:filesystem:" + name);
     EXPECT_TRUE(kind == 1 || error.what() == copy.message_id()) << name;
     EXPECT_EQ(copy.kind(), kind) << name;
+    EXPECT_EQ(copy.code(), std::error_code(code, std::system_category())) << name;
     EXPECT_EQ(copy.path(), path) << name;
     EXPECT_EQ(copy.arguments(), arguments) << name;
     EXPECT_EQ(copy.system_error_number(), number) << name;
 }
 
 TEST(Exceptions, CarryWhatTheyWereMadeWith) {
-    check(InvalidArgument("m", u"p", {u"a", u"b"}), "InvalidArgument", 1, u"p", {u"a", u"b"});
-    check(InvalidOperation(), "InvalidOperation", 2, u"");
-    check(FileNameTooLarge(u"p"), "FileNameTooLarge", 3, u"p");
-    check(AccessDenied(u"p"), "AccessDenied", 6, u"p");
-    check(PathNotFound(u"p"), "PathNotFound", 7, u"p");
-    check(NotDirectoryError(u"p"), "NotDirectoryError", 8, u"p");
-    check(DirectoryNotEmpty(u"p"), "DirectoryNotEmpty", 9, u"p");
-    check(FileIsDirectory(u"p"), "FileIsDirectory", 10, u"p");
-    check(FileExistsError(u"p"), "FileExistsError", 11, u"p");
-    check(SystemError(u"p", {u"q"}, 5), "SystemError", 13, u"p", {u"q"}, 5);
+    check(InvalidArgument("m", u"p", {u"a", u"b"}), "InvalidArgument", 1, EINVAL, u"p",
+          {u"a", u"b"});
+    check(InvalidOperation(), "InvalidOperation", 2, ENOSYS, u"");
+    check(FileNameTooLarge(u"p"), "FileNameTooLarge", 3, ENAMETOOLONG, u"p");
+    check(AccessDenied(u"p"), "AccessDenied", 6, EACCES, u"p");
+    check(PathNotFound(u"p"), "PathNotFound", 7, ENOENT, u"p");
+    check(NotDirectoryError(u"p"), "NotDirectoryError", 8, ENOTDIR, u"p");
+    check(DirectoryNotEmpty(u"p"), "DirectoryNotEmpty", 9, ENOTEMPTY, u"p");
+    check(FileIsDirectory(u"p"), "FileIsDirectory", 10, EISDIR, u"p");
+    check(FileExistsError(u"p"), "FileExistsError", 11, EEXIST, u"p");
+    check(SystemError(u"p", {u"q"}, EIO), "SystemError", 13, EIO, u"p", {u"q"}, EIO);
 }
 
 struct grouping : std::numpunct<char> {
@@ -91,7 +94,7 @@ TEST(Exceptions, AreCapturedWithTheirClass) {
     try {
         boost::rethrow_exception(captured);
     } catch (InvalidArgument const& error) {
-        check(error, "InvalidArgument", 1, u"/", {u""});
+        check(error, "InvalidArgument", 1, EINVAL, u"/", {u""});
         EXPECT_EQ(typeid(error), typeid(boost::enable_current_exception(error)));
     }
 }

@@ -40,13 +40,8 @@ std::string shown(std::string const& text) { return kofs::shown(from_filesystem(
 std::string reason(fs::FsysExceptionBase const& error) {
     auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
     if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
-    constexpr std::pair<int, int> numbers[] = {
-        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
-        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
-    };
-    for (auto const& [kind, number] : numbers)
-        if (kind == error.kind()) return std::strerror(number);
-    return std::strerror(error.system_error_number());
+    bool const is_supported = error.kind() != fs::error_kind::invalid_operation;
+    return std::strerror(is_supported ? error.code().value() : ENOTSUP);
 }
 
 /// Whether `path`, from an exception, is `operand`. In failures reported by Boost it has only the low

@@ -1,7 +1,6 @@
 #include <ko/filesystem/exceptions/describe.hpp>
 
 #include <cstddef>
-#include <system_error>
 
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/exceptions/invalid_argument.hpp>
@@ -42,36 +41,22 @@ std::string on_one_line(std::string const& text) {
     return on_one_line(detail::from_filesystem(text));
 }
 
-/// The values of `kind()`.
-enum kinds {
-    invalid_argument = 1,
-    invalid_operation = 2,
-    file_name_too_large = 3,
-    access_denied = 6,
-    path_not_found = 7,
-    not_directory_error = 8,
-    directory_not_empty = 9,
-    file_is_directory = 10,
-    file_exists_error = 11,
-    system_error = 13
-};
-
 std::string what_happened(FsysExceptionBase const& error) {
     switch (error.kind()) {
-        case invalid_argument:
+        case error_kind::invalid_argument:
             if (auto const* const invalid = dynamic_cast<InvalidArgument const*>(&error))
                 if (!invalid->message().empty()) return on_one_line(invalid->message());
             return "invalid argument";
-        case invalid_operation: return "not possible on this platform";
-        case file_name_too_large: return "name too long";
-        case access_denied: return "permission denied";
-        case path_not_found: return error.path().empty() ? "cannot find the path" : "cannot find";
-        case not_directory_error: return "not a directory";
-        case directory_not_empty: return "directory not empty";
-        case file_is_directory: return "is a directory";
-        case file_exists_error: return "already exists";
-        case system_error:
-            return on_one_line(std::generic_category().message(error.system_error_number()));
+        case error_kind::invalid_operation: return "not possible on this platform";
+        case error_kind::file_name_too_large: return "name too long";
+        case error_kind::access_denied: return "permission denied";
+        case error_kind::path_not_found:
+            return error.path().empty() ? "cannot find the path" : "cannot find";
+        case error_kind::not_directory_error: return "not a directory";
+        case error_kind::directory_not_empty: return "directory not empty";
+        case error_kind::file_is_directory: return "is a directory";
+        case error_kind::file_exists_error: return "already exists";
+        case error_kind::system_error: return on_one_line(error.code().message());
         default: return on_one_line(std::string(error.what()));
     }
 }
@@ -80,7 +65,7 @@ std::string what_happened(FsysExceptionBase const& error) {
 
 std::string describe(FsysExceptionBase const& error) {
     std::string line = what_happened(error);
-    char const* separator = error.kind() == path_not_found ? " " : ": ";
+    char const* separator = error.kind() == error_kind::path_not_found ? " " : ": ";
     auto const append = [&](std::u16string const& text) {
         if (text.empty()) return;
         line += separator;

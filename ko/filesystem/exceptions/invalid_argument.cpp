@@ -28,7 +28,8 @@ std::string printable(std::u16string const& text) noexcept {
 
 InvalidArgument::InvalidArgument(std::string const& message, std::u16string const& path,
                                  std::vector<std::u16string> const& arguments)
-    : FsysExceptionBase("ko:filesystem:InvalidArgument", 1, path, arguments, 0),
+    : FsysExceptionBase("ko:filesystem:InvalidArgument", error_kind::invalid_argument, path,
+                        arguments, 0),
       message_(message) {}
 
 InvalidArgument::~InvalidArgument() = default;
