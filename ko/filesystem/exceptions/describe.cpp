@@ -1,39 +1,15 @@
 #include <ko/filesystem/exceptions/describe.hpp>
 
-#include <cstddef>
-
 #include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <ko/filesystem/exceptions/invalid_argument.hpp>
 
 namespace ko::filesystem {
 
 namespace {
 
-bool is_high_surrogate(char16_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool is_low_surrogate(char16_t unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-bool must_be_escaped(char16_t unit) noexcept {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || (unit >= 0x2028 && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
-}
-
 std::string on_one_line(std::u16string const& text) {
-    std::u16string line;
-    for (std::size_t i = 0; i != text.size(); ++i) {
-        char16_t const unit = text[i];
-        bool const is_pair =
-            is_high_surrogate(unit) && i + 1 != text.size() && is_low_surrogate(text[i + 1]);
-        bool const is_lone = !is_pair && (is_high_surrogate(unit) || is_low_surrogate(unit));
-        if (is_lone || must_be_escaped(unit)) {
-            line += u"\\u";
-            for (int shift = 12; shift >= 0; shift -= 4)
-                line += u"0123456789ABCDEF"[(unit >> shift) & 0xF];
-            continue;
-        }
-        line += unit;
-        if (is_pair) line += text[++i];
-    }
-    return detail::to_filesystem(line);
+    return detail::to_filesystem(detail::escaped(text));
 }
 
 /// For foreign texts: the system's depend on the locale, and callers may construct any message.
@@ -75,6 +51,11 @@ std::string describe(FsysExceptionBase const& error) {
     append(error.path());
     for (std::u16string const& argument : error.arguments()) append(argument);
     return line;
+}
+
+std::string describe(std::exception const& error) {
+    auto const* const own = dynamic_cast<FsysExceptionBase const*>(&error);
+    return own != nullptr ? describe(*own) : on_one_line(std::string(error.what()));
 }
 
 }  // namespace ko::filesystem

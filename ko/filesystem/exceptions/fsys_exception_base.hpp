@@ -62,7 +62,7 @@ public:
     /// EINVAL for every InvalidArgument, also one of a check of the library; ENOSYS for
     /// InvalidOperation.
     ///
-    /// if (error.code() == std::errc::permission_denied) retry_as_root();
+    /// if (error.code() == std::errc::permission_denied) skip(entry);
     [[nodiscard]] std::error_code code() const noexcept;
 
 protected:
