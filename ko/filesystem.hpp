@@ -3,6 +3,7 @@
 /// Includes every public header.
 
 #include <ko/filesystem/access.hpp>
+#include <ko/filesystem/attempt.hpp>
 #include <ko/filesystem/attributes.hpp>
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/copy.hpp>

@@ -22,8 +22,10 @@ PICTURE = ROOT / "docs/design.svg"
 LAYERS = [
     ("base", "constants, records, vector code, owners of handles", [
         "config file_status options detail/path_constants detail/text_scan posix/handles"]),
-    ("exceptions", "the classes, and the form in which they are thrown", [
-        "exceptions/escape exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors exceptions/throw"]),
+    ("exceptions", "the classes, the form in which they are thrown, and error codes instead", [
+        "exceptions/escape exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors "
+        "exceptions/throw",
+        "attempt"]),
     ("encoding", "UTF-16 to UTF-8 and back, and a failure in words", [
         "posix/iconv_converter", "detail/encoding posix/encoding", "exceptions exceptions/describe"]),
     ("path text", "parts, joining, native form, upath", [
@@ -50,7 +52,7 @@ STANDARD = {
     "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "ostream": "ostream",
     "string": "(basic_|u16)?string", "string_view": "(basic_|u16)?string_view", "tuple": "tie",
     "system_error": "error_code|(generic|system)_category",
-    "type_traits": "is_.*_v|.*_t", "utility": "move|swap", "vector": "vector",
+    "type_traits": "is_.*_v|.*_t", "utility": "forward|move|swap", "vector": "vector",
 }
 WIDTH, LEFT, BOX, LANE, LINE, GAP = 860, 20, 560, 26, 17, 34
 

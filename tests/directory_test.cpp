@@ -9,6 +9,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <system_error>
 
 #include <ko/filesystem.hpp>
 
@@ -103,7 +104,11 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
     scratch.directory(u"d/s/closed", 0);
+    scratch.directory(u"open", 0777);
     as_unprivileged_child([&] {
+        std::error_code code;  // of Boost's listing
+        attempt(code, [] { copy(u"d/s/closed", u"open/n", copy_option::recursive); });
+        EXPECT_EQ(code, std::errc::permission_denied);
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
     });

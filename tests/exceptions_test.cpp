@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -80,6 +82,18 @@ TEST(Exceptions, AreDescribedInOneLine) {
     PathNotFound const own(u"p");
     for (std::exception const* error : {static_cast<std::exception const*>(&foreign), {&own}})
         EXPECT_EQ(describe(*error), error == &own ? "cannot find p" : "a\\u000A\uFFFD");
+}
+
+TEST(Exceptions, BecomeErrorCodes) {
+    std::error_code code(EIO, std::generic_category());
+    EXPECT_TRUE(attempt(code, [] { return exists(u"/"); }) && !code);
+    EXPECT_EQ(attempt(code, [] { return file_size(u"/"); }), 0u);
+    EXPECT_EQ(code, std::error_code(EISDIR, std::system_category()));
+    auto const from_std = std::make_error_code(std::errc::value_too_large);
+    attempt(code, [&] { throw std::filesystem::filesystem_error("", from_std); });
+    EXPECT_EQ(code, from_std);
+    EXPECT_THROW(attempt(code, [] { throw std::bad_alloc(); }), std::bad_alloc);
+    EXPECT_THROW(attempt(code, [] { throw SystemError(u"", {}, 0); }), SystemError);
 }
 
 // With some compilers Boost captures any exception: the type shows that the library threw it in the
