@@ -34,3 +34,4 @@
 #include <ko/filesystem/space.hpp>
 #include <ko/filesystem/status.hpp>
 #include <ko/filesystem/std_path.hpp>
+#include <ko/filesystem/time.hpp>

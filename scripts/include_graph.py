@@ -38,14 +38,14 @@ LAYERS = [
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
-        "resolve space"]),
+        "resolve space time"]),
     ("public header", "includes every header that callers see", ["filesystem"]),
 ]
 FLOORS = {module: (layer, floor) for layer, (_, _, floors) in enumerate(LAYERS)
           for floor, modules in enumerate(floors) for module in modules.split()}
 STANDARD = {
     "algorithm": "adjacent_find|any_of|binary_search|copy|find|max|min|none_of|sort|transform|unique",
-    "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
+    "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
     "ctime": "time_t", "exception": "exception", "filesystem": "filesystem", "functional": "function|hash",
     "iterator": "back_inserter|.*_iterator_tag",
     "limits": "numeric_limits", "memory": "(make_)?(shared|unique)(_ptr)?",

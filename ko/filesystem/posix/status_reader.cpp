@@ -26,17 +26,24 @@ timespec const& write_time(struct stat const& found) noexcept { return found.st_
 timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctim; }
 #endif
 
-ptime to_ptime(timespec const& time) {
-    constexpr std::int64_t epoch = julian_seconds_of_epoch * 1'000'000;
+std::int64_t julian_microseconds(ptime const& time) {
+    return (time - ptime(ptime::time_rep_type(std::int64_t{0}))).ticks();
+}
+
+ptime ptime_of(std::int64_t count) {
     // The values above represent not_a_date_time and infinity.
     constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
+    if (count > last - julian_microseconds_of_epoch) return boost::posix_time::pos_infin;
+    return ptime(ptime::time_rep_type(count + julian_microseconds_of_epoch));
+}
+
+ptime to_ptime(timespec const& time) {
     std::int64_t count = 0;
     bool const overflow =
         __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
-        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
-    if (overflow || count > last)
-        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
-    return ptime(ptime::time_rep_type(count));
+        __builtin_add_overflow(count, time.tv_nsec / 1000, &count);
+    if (!overflow) return ptime_of(count);
+    return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
 }
 
 std::uint32_t translated_type(mode_t mode) noexcept {

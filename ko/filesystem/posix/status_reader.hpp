@@ -32,7 +32,13 @@ timespec const& write_time(struct stat const& found) noexcept;
 timespec const& status_change_time(struct stat const& found) noexcept;
 
 /// A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
-constexpr std::int64_t julian_seconds_of_epoch = 2440588LL * 86400;
+constexpr std::int64_t julian_microseconds_of_epoch = 2440588LL * 86400 * 1'000'000;
+
+/// The count of `time`, which must not be a special value.
+std::int64_t julian_microseconds(boost::posix_time::ptime const& time);
+
+/// The time `count` microseconds after 1970, or an infinity if a ptime can't hold it.
+boost::posix_time::ptime ptime_of(std::int64_t count);
 
 /// `time` in the form of `file_status`.
 boost::posix_time::ptime to_ptime(timespec const& time);
