@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/exceptions/fsys_exception_base.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
@@ -161,6 +163,18 @@ protected:
 
 }  // namespace detail
 
+/// Called with the exception for a directory that can't be opened or read on, also for the one given
+/// to the constructor. Returns whether the listing goes on: that directory then counts as ended.
+/// Otherwise the exception is thrown. What the handler throws passes unchanged, with the iterator at
+/// its end.
+///
+/// auto const report = [&](FsysExceptionBase const& error) {
+///     std::cerr << describe(error) << '\n';
+///     return true;
+/// };
+/// recursive_directory_iterator all(u"~/notes", directory_option::none, report);
+using directory_error_handler = std::function<bool(FsysExceptionBase const&)>;
+
 /// Iterates over the entries of one directory, in the system's order, without "." and "..". Whether
 /// it lists entries that are made or removed meanwhile depends on the system (readdir). The
 /// directory is open, with close-on-exec, until the end.
@@ -169,18 +183,21 @@ public:
     /// The end.
     directory_iterator() = default;
 
-    /// Opens `p`, a directory or a link to one, and advances to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry. An empty `on_error`
+    /// is not called.
     ///
     /// Throws, as does each advance,
     ///   InvalidArgument     `p` is empty ("Empty Path not permitted"); path(): empty
     ///   PathNotFound        `p` does not exist; path(): `p`
     ///   NotDirectoryError   `p` is not a directory; path(): `p`
     ///   the class of the error number for every other failure to open or to read; path(): `p`
-    KO_FILESYSTEM_API explicit directory_iterator(
-        upath const& p, directory_option options = directory_option::none);
+    KO_FILESYSTEM_API explicit directory_iterator(upath const& p,
+                                                  directory_option options = directory_option::none,
+                                                  directory_error_handler on_error = {});
     /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
-    KO_FILESYSTEM_API explicit directory_iterator(
-        std::u16string const& p, directory_option options = directory_option::none);
+    KO_FILESYSTEM_API explicit directory_iterator(std::u16string const& p,
+                                                  directory_option options = directory_option::none,
+                                                  directory_error_handler on_error = {});
 };
 
 /// Iterates over the entries of a directory and of all directories below it, each directory before
@@ -196,7 +213,8 @@ public:
     /// The end.
     recursive_directory_iterator() = default;
 
-    /// Opens `p`, a directory or a link to one, and advances to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry. An empty `on_error`
+    /// is not called.
     ///
     /// Throws, as does each advance,
     ///   what directory_iterator throws for `p`
@@ -204,10 +222,12 @@ public:
     ///   AccessDenied, or SystemError with EMFILE in a tree deeper than the limit of descriptors;
     ///   path(): that directory
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
-        upath const& p, directory_option options = directory_option::none);
+        upath const& p, directory_option options = directory_option::none,
+        directory_error_handler on_error = {});
     /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
-        std::u16string const& p, directory_option options = directory_option::none);
+        std::u16string const& p, directory_option options = directory_option::none,
+        directory_error_handler on_error = {});
 
     /// The depth of the entry: 0 for the entries of the directory given to the constructor.
     KO_FILESYSTEM_API int depth() const noexcept;

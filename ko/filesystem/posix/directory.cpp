@@ -131,7 +131,8 @@ bool means_no_directory(int error) noexcept {
 /// directory is open.
 class directory_listing {
 public:
-    directory_listing(std::u16string const& native, directory_option options, bool is_recursive);
+    directory_listing(std::u16string const& native, directory_option options,
+                      directory_error_handler&& on_error, bool is_recursive);
 
     bool is_at_end() const noexcept { return levels_.empty(); }
     directory_entry const& entry() const noexcept { return entry_; }
@@ -156,10 +157,12 @@ private:
     bool is_open(file_identity const& identity) const noexcept;
     void enter();
     void leave() noexcept;
+    void report(int error) const;
     void read();
     void take(::dirent const& found);
 
     directory_option const options_;
+    directory_error_handler const on_error_;
     bool const is_recursive_;
     std::vector<level> levels_;
     // The path of the last level's directory; `path_` only if it is UTF-8.
@@ -170,8 +173,8 @@ private:
 };
 
 directory_listing::directory_listing(std::u16string const& native, directory_option options,
-                                     bool is_recursive)
-    : options_(options), is_recursive_(is_recursive) {
+                                     directory_error_handler&& on_error, bool is_recursive)
+    : options_(options), on_error_(std::move(on_error)), is_recursive_(is_recursive) {
     reject_empty_path(native);
     path8_ = system_path(native).string();
     path_ = upath(native, /*expand_tilde=*/false);
@@ -212,12 +215,15 @@ bool directory_listing::open(int base, char const* name8, int flags) {
         bool const is_denied = error == EACCES;
         if (is_denied && has(options_, directory_option::skip_permission_denied)) return false;
         if (!levels_.empty() && means_no_directory(error)) return false;
-        throw_errno_exception(error, path8_, {});
+        report(error);
+        return false;
     }
     if (has(options_, directory_option::follow_directory_symlinks)) {
         struct stat found;
-        if (::fstat(::dirfd(opened.stream.get()), &found) != 0)
-            throw_errno_exception(errno, path8_, {});
+        if (::fstat(::dirfd(opened.stream.get()), &found) != 0) {
+            report(errno);
+            return false;
+        }
         opened.identity.emplace(found);
         if (is_open(*opened.identity)) return false;
     }
@@ -254,6 +260,17 @@ void directory_listing::leave() noexcept {
     levels_.pop_back();
 }
 
+/// Throws the exception for `error` in the directory `path8_`, unless the handler lets the listing go
+/// on.
+void directory_listing::report(int error) const {
+    if (!on_error_) throw_errno_exception(error, path8_, {});
+    try {
+        throw_errno_exception(error, path8_, {});
+    } catch (FsysExceptionBase const& failure) {
+        if (!on_error_(failure)) throw;
+    }
+}
+
 /// Advances to the next entry of the last level or, after its end, of those above.
 void directory_listing::read() {
     for (; !levels_.empty(); leave()) {
@@ -261,7 +278,7 @@ void directory_listing::read() {
             return take(*found);
         int const error = errno;
         // Linux reports ENOENT for an open directory that has been removed.
-        if (error != 0 && error != ENOENT) throw_errno_exception(error, path8_, {});
+        if (error != 0 && error != ENOENT) report(error);
     }
 }
 
@@ -298,26 +315,31 @@ void advance(directory_listing* listing) {
 namespace {
 
 template <class Path>
-auto make_listing(Path const& p, directory_option options, bool is_recursive) {
-    return std::make_shared<detail::directory_listing>(native_text(p), options, is_recursive);
+auto make_listing(Path const& p, directory_option options, directory_error_handler&& on_error,
+                  bool is_recursive) {
+    return std::make_shared<detail::directory_listing>(native_text(p), options, std::move(on_error),
+                                                       is_recursive);
 }
 
 }  // namespace
 
-directory_iterator::directory_iterator(upath const& p, directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/false);
+directory_iterator::directory_iterator(upath const& p, directory_option options,
+                                       directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/false);
 }
-directory_iterator::directory_iterator(std::u16string const& p, directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/false);
+directory_iterator::directory_iterator(std::u16string const& p, directory_option options,
+                                       directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/false);
 }
 
-recursive_directory_iterator::recursive_directory_iterator(upath const& p,
-                                                           directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/true);
+recursive_directory_iterator::recursive_directory_iterator(upath const& p, directory_option options,
+                                                           directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/true);
 }
 recursive_directory_iterator::recursive_directory_iterator(std::u16string const& p,
-                                                           directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/true);
+                                                           directory_option options,
+                                                           directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/true);
 }
 
 int recursive_directory_iterator::depth() const noexcept { return listing_->depth(); }
