@@ -1,5 +1,7 @@
 #include <ko/filesystem/posix/status_reader.hpp>
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <limits>
@@ -114,6 +116,13 @@ file_status read_status(stat_function stat_or_lstat, char const* path8) {
 
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result) {
     return read_by([=](struct stat* found) { return stat_or_lstat(path8, found); }, result);
+}
+
+std::optional<int> try_status_below(int base, char const* name8, file_status& result) {
+    auto const stat_call = [=](struct stat* found) {
+        return ::fstatat(base, name8, found, AT_SYMLINK_NOFOLLOW);
+    };
+    return read_by(stat_call, result);
 }
 
 file_status_light status_light_by_stat(char const* path8) {

@@ -59,6 +59,9 @@ file_status read_status(stat_function stat_or_lstat, char const* path8);
 /// throwing.
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result);
 
+/// The same from lstat for the name `name8` in the open directory `base`.
+std::optional<int> try_status_below(int base, char const* name8, file_status& result);
+
 /// The status of `path8` from stat; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`
 file_status_light status_light_by_stat(char const* path8);
