@@ -75,16 +75,16 @@ if(TARGET kofs)
     endif()
     install(TARGETS kofs RUNTIME COMPONENT tools)
     install(
-        FILES tools/kofs/kofs.1
+        FILES ${PROJECT_BINARY_DIR}/tools/kofs.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT tools OPTIONAL)
     install(
-        FILES tools/kofs/completion/kofs.bash
+        FILES ${PROJECT_BINARY_DIR}/tools/kofs.bash
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
         RENAME kofs
         COMPONENT tools OPTIONAL)
     install(
-        FILES tools/kofs/completion/_kofs
+        FILES ${PROJECT_BINARY_DIR}/tools/_kofs
         DESTINATION ${zsh_dir}
         COMPONENT tools OPTIONAL)
 endif()

@@ -281,18 +281,19 @@ std::vector<option> const copy_file_options = {
     {"overwrite", nullptr, "Replace existing files", 1},
     {"skip", nullptr, "Keep existing files", 1},
     {"update", nullptr, "Replace existing files that are older", 1},
+    {"recursive", nullptr, "Copy a directory and its contents"},
+    {"copy-links", nullptr, "Copy links as links", 2},
+    {"skip-links", nullptr, "Ignore links", 2},
     {"create-links", nullptr, "Make a link to the source instead of copying"},
 };
 
 std::vector<option> copy_options() {
     std::vector<option> options = copy_file_options;
-    options.insert(options.end(),
-                   {{"recursive", nullptr, "Copy a directory and its contents"},
-                    {"copy-links", nullptr, "Copy links as links", 2},
-                    {"skip-links", nullptr, "Ignore links", 2},
-                    {"follow-links", nullptr, "Copy what links lead to; see the manual", 2},
-                    {"verbose", nullptr, "Print each entry before it is copied", 3},
-                    {"progress", nullptr, "With --json: print a line each second", 3}});
+    options.insert(options.end() - 1, {"follow-links", nullptr,
+                                       "Copy what links lead to, from the working directory", 2});
+    options.push_back(
+        {"verbose", nullptr, "Print each entry and its target before it is copied", 3});
+    options.push_back({"progress", nullptr, "With --json: print a line each second", 3});
     return options;
 }
 

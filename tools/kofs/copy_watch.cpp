@@ -55,8 +55,9 @@ std::string joined(std::vector<piece> pieces, std::size_t width) {
         std::string line;
         for (piece const& each : pieces) line += each.text;
         if (pieces.empty() || columns(line) <= width) return line;
-        pieces.erase(std::max_element(pieces.begin(), pieces.end(),
-                                      [](piece const& a, piece const& b) { return a.rank < b.rank; }));
+        pieces.erase(
+            std::max_element(pieces.begin(), pieces.end(),
+                             [](piece const& a, piece const& b) { return a.rank < b.rank; }));
     }
 }
 
@@ -64,7 +65,7 @@ std::string joined(std::vector<piece> pieces, std::size_t width) {
 /// its text from the working directory.
 bool leads_elsewhere(std::u16string const& from) try {
     std::u16string const target = fs::read_symlink(from);
-    return fs::exists(target) && !fs::equivalent(from, target);
+    return fs::exists(target) ? !fs::equivalent(from, target) : fs::exists(from);
 } catch (fs::PathNotFound const&) {
     return true;  // where the link leads to
 }
@@ -123,8 +124,8 @@ std::uint64_t copy_watch::run(action const& copy) {
     settle();
     terminal_.reset();
     for (std::u16string const& link : left_out_) {
-        entry_failure const failure(std::runtime_error("a link to a link is not followed"), link, {},
-                                    nullptr);
+        entry_failure const failure(std::runtime_error("a link to a link is not followed"), link,
+                                    {}, nullptr);
         if (&link == &left_out_.back()) throw failure;
         report_failure(given_, failure);
     }
@@ -179,7 +180,8 @@ void copy_watch::check(fs::copy_step const& next) const {
     if (is_link) {
         if (given_.has("copy-links") || given_.has("skip-links") || given_.has("follow-links"))
             return;
-        if (given_.has("recursive")) throw std::runtime_error(std::string("a link: use ") + link_options);
+        if (given_.has("recursive"))
+            throw std::runtime_error(std::string("a link: use ") + link_options);
         if (leads_to_link(next.from))
             throw std::runtime_error("a link to a link is not followed: use --copy-links");
         if (leads_elsewhere(next.from))
@@ -187,7 +189,8 @@ void copy_watch::check(fs::copy_step const& next) const {
                 std::string("a link that leads elsewhere from the working directory: use ") +
                 link_options);
     }
-    if (!given_.has("recursive") && (is_link || next.what.type == fs::file_status::directory_file) &&
+    if (!given_.has("recursive") &&
+        (is_link || next.what.type == fs::file_status::directory_file) &&
         fs::is_directory(next.from) && !is_empty(next.from))
         throw std::runtime_error("a directory that is not empty: use --recursive");
 }
@@ -267,16 +270,19 @@ std::string copy_watch::line(std::size_t width) const {
     bar.resize(10, '.');
     double const speed = static_cast<double>(copied_bytes_ + bytes - bytes_) / seconds;
     std::vector<piece> pieces = {{3, " [" + bar + "]"}};
-    if (all_bytes_ != 0) pieces.push_back({0, ' ' + per_cent(done) + " of " + size_text(all_bytes_)});
-    pieces.push_back({all_bytes_ == 0 ? 0 : 4, (all_bytes_ == 0 ? " " : ", ") + per_cent(of_entries) +
-                                                   " of " + std::to_string(all_entries_) + " entries"});
+    if (all_bytes_ != 0)
+        pieces.push_back({0, ' ' + per_cent(done) + " of " + size_text(all_bytes_)});
+    if (all_entries_ != 1)
+        pieces.push_back({all_bytes_ == 0 ? 0 : 4, (all_bytes_ == 0 ? " " : ", ") +
+                                                       per_cent(of_entries) + " of " +
+                                                       std::to_string(all_entries_) + " entries"});
     if (all_bytes_ != 0) pieces.push_back({2, ", " + size_text(speed) + "/s"});
     if (done > 0 && done < 1 && seconds >= 2)
-        pieces.push_back({1, ", " + clock_text(std::lround(seconds * (1 - done) / done)) + " left"});
+        pieces.push_back(
+            {1, ", " + clock_text(std::lround(seconds * (1 - done) / done)) + " left"});
     std::string text = joined(std::move(pieces), width);
     std::size_t const taken = columns(text) + 2;
-    if (taken + 8 <= width)
-        text += "  " + end_that_fits(shown(current_.from), width - taken);
+    if (taken + 8 <= width) text += "  " + end_that_fits(shown(current_.from), width - taken);
     return text;
 }
 

@@ -66,7 +66,9 @@ public:
     }
 
 private:
-    void fail(std::exception const& error) { status_ = std::max(status_, report_failure(given_, error)); }
+    void fail(std::exception const& error) {
+        status_ = std::max(status_, report_failure(given_, error));
+    }
 
     void visit(fs::recursive_directory_iterator& it) {
         fs::directory_entry const& entry = *it;
@@ -108,7 +110,9 @@ private:
 
     /// A directory comes right before its contents.
     static bool is_before(std::string const& a, std::string const& b) {
-        auto const rank = [](char each) { return each == '/' ? 0 : static_cast<unsigned char>(each) + 1; };
+        auto const rank = [](char each) {
+            return each == '/' ? 0 : static_cast<unsigned char>(each) + 1;
+        };
         return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
                                             [&](char x, char y) { return rank(x) < rank(y); });
     }
@@ -138,7 +142,8 @@ private:
         if (given_.json) {
             json answer = {{"path", found.path}, {"type", type_name(found.type)}};
             if (is_long_) answer.update(json_of(found.status));
-            if (is_long_ && found.type == fs::file_status::symlink_file) answer["link"] = found.link;
+            if (is_long_ && found.type == fs::file_status::symlink_file)
+                answer["link"] = found.link;
             print_json(given_, "result", answer);
         } else if (is_long_) {
             std::string const size = size_text(found);
@@ -148,7 +153,8 @@ private:
                       << iso_seconds(found.status.last_write_time) << "  ";
             if (found.type == fs::file_status::symlink_file)
                 std::cout << printed(fs::detail::from_filesystem(found.path)) << " -> ";
-            print_path(given_, found.type == fs::file_status::symlink_file ? found.link : found.path);
+            print_path(given_,
+                       found.type == fs::file_status::symlink_file ? found.link : found.path);
         } else {
             print_path(given_, found.path);
         }
@@ -160,7 +166,7 @@ private:
     bool needs_status_ = false;
     int depth_ = 1;
     std::string order_;
-    std::vector<row> rows_;  ///< to be sorted
+    std::vector<row> rows_;   ///< to be sorted
     std::size_t width_ = 10;  ///< of the sizes; grows if it has to
     int status_ = EXIT_SUCCESS;
 };

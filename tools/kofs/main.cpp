@@ -153,11 +153,10 @@ std::vector<CLI::Option*> add_command(CLI::App& app, command const& of) {
         for (option const& each : set) {
             std::string const name = std::string("--") + each.name;
             CLI::Option* const made =
-                each.value == nullptr
-                    ? parser.add_flag(name, each.help)->disable_flag_override()
-                    : parser.add_option(name, CLI::callback_t(), each.help)
-                          ->type_name(each.value)
-                          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+                each.value == nullptr ? parser.add_flag(name, each.help)->disable_flag_override()
+                                      : parser.add_option(name, CLI::callback_t(), each.help)
+                                            ->type_name(each.value)
+                                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
             for (CLI::Option* const other : others) made->excludes(other);
             others.push_back(made);
         }
