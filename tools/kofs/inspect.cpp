@@ -133,6 +133,26 @@ char const* type_name(std::uint32_t type) {
     }
 }
 
+char type_letter(std::uint32_t type) {
+    switch (type) {
+        case fs::file_status::regular_file: return '-';
+        case fs::file_status::directory_file: return 'd';
+        case fs::file_status::symlink_file: return 'l';
+        case fs::file_status::block_file: return 'b';
+        case fs::file_status::character_file: return 'c';
+        case fs::file_status::fifo_file: return 'p';
+        case fs::file_status::socket_file: return 's';
+        default: return '?';
+    }
+}
+
+std::string iso_seconds(boost::posix_time::ptime const& time) {
+    json const whole = json_of(time);
+    if (whole.is_null()) return "-";
+    std::string const text = whole;
+    return text.substr(0, text.find('.')) + 'Z';
+}
+
 std::string rwx(std::uint32_t permissions) {
     std::string text = "rwxrwxrwx";
     for (std::size_t i = 0; i != text.size(); ++i)
