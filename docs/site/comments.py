@@ -157,7 +157,7 @@ class Throws:
             self.sentence(part)
 
     def lines(self):
-        yield from list_table(self.rows, "throws", "28 48 24", ["Exception", "When", "path()"])
+        yield from list_table(self.rows, "throws", "28 48 24", ["Exception", "When", "``path()``"])
 
 
 def is_code(paragraph):

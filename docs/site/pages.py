@@ -16,7 +16,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROJECT_PAGES = ("CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md")
 # Better titles than the names of the headers.
 TITLES = {"path": "upath", "directory": "Directory iterators", "options": "Options", "exceptions": "Exceptions",
-          "config": "Export macro", "std_path": "std::filesystem::path", "detail-encoding": "UTF-8 and UTF-16",
+          "detail-encoding": "UTF-8 and UTF-16",
           "detail-path_decomposition": "Parts of path text", "detail-path_composition": "Building path text",
           "detail-path_expansion": "Tildes, and a cursor", "detail-path_constants": "Constants of path text",
           "detail-path_traits": "Traits of a path class", "detail-current_directory": "The working directory"}
@@ -252,12 +252,8 @@ class Site:
         for names, does in self.tasks:
             known = [name for name in names if name in self.operations]
             others = [name for name in names if name not in self.operations]
-            cell = [f":doc:`{name} </operations/{name}>`" for name in known] + [f"``{name}``" for name in others]
             lines += [f"   * - {does[0].upper()}{does[1:]}".replace("`", "``")]
-            entries = []
-            for name in known:
-                entries.append(f"- :doc:`{name} </operations/{name}>`: {self.summary(name)}")
-            entries += [f"- ``{name}``" for name in others]
+            entries = [f"- ``{name}``: {self.summary(name)}" for name in known] + [f"- ``{name}``" for name in others]
             lines += [f"     - {entries[0]}", *(f"       {entry}" for entry in entries[1:])]
         lines += ["", ".. toctree::", "   :hidden:", "", *(f"   {name}" for name in sorted(self.operations)), ""]
         self.write("operations/index.rst", lines)
@@ -283,26 +279,26 @@ class Site:
                 kind = "headers"
             kinds[kind].append(self.page_of(group))
             path = headers[0].path if len(headers) == 1 else "ko/filesystem/exceptions.hpp"
-            lines = [f".. _header-{group}:", "", *title(TITLES.get(group, group if kind == "types" else f"{group}.hpp"))]
+            heading = TITLES.get(group, group if kind == "types" else f"{group}.hpp")
+            lines = [f".. _header-{group}:", "", *title(heading)]
             lines += [".. rst-class:: include", "", f"``#include <{path}>``", ""]
             for header in headers:
                 lines += [*header.comment, ""]
             if own:
                 lines += [".. rubric:: Operations", "   :class: more", ""]
                 for name in dict.fromkeys(function.name for function in own):
-                    lines += [f"- :doc:`{name} </operations/{name}>`: {self.summary(name)}"]
+                    lines += [f"- ``{name}``: {self.summary(name)}"]
                 lines += [""]
             entries = [(header, *entry) for header in headers for entry in header.directives]
-            entries.sort(key=lambda entry: "detail" in entry[2].split("::"))
+            entries.sort(key=lambda entry: (not entry[2].endswith(f"::{self.page_of(group)}"), "::detail::" in entry[2]))
             variables = False
             for header, _, name, what, comment in entries:
-                short = name.rsplit("::", 1)[-1]
                 if what == "variable":
                     if not variables:
                         lines += title("Constants", "-")
                     variables = True
-                else:
-                    lines += title(short, "-")
+                elif not name.endswith(f"::{heading}"):
+                    lines += title(re.sub(r"^(?:ko::filesystem::|detail::)+", "", name), "-")
                 lines += breathe(name, what, comment)
             functions = [function for header in headers for function in header.functions
                          if function not in own and function.comment]
@@ -370,6 +366,8 @@ class Site:
 
 
 def main(xml, source):
+    for file in xml.glob("*.xml"):  # that a function is inline matters to nobody
+        file.write_text(file.read_text(encoding="utf-8").replace('inline="yes"', 'inline="no"'), encoding="utf-8")
     site = Site(read_headers(xml), source)
     site.write_operations()
     site.write_pages(site.write_headers())
