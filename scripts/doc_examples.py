@@ -13,9 +13,11 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md", *sorted(ROOT.glob("docs/*.md"))]
+PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md", ROOT / "SECURITY.md",
+         *sorted(ROOT.glob("docs/*.md"))]
 PROLOGUE = """\
 #include <cerrno>
+#include <chrono>
 #include <fstream>
 #include <iomanip>
 #include <iostream>

@@ -1,11 +1,14 @@
-// Internal functions of the status reader.
+// Internal functions of the status reader, and times.
 
+#include <chrono>
 #include <limits>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
+#include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/time.hpp>
 
 #include "support/files.hpp"
 
@@ -34,6 +37,32 @@ TEST(Status, SaturatesTimes) {
     check(limits::min(), 0, boost::posix_time::neg_infin);
     check(last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last));
     check(last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin);
+}
+
+TEST(Time, IsConvertedToThatOfTheClockAndBack) {
+    using clock = std::chrono::system_clock;
+    using filesystem::to_ptime;
+    using std::chrono::microseconds;
+    constexpr bool has_nanoseconds = clock::period::den > 1'000'000;  // libc++'s does not
+    auto const last = std::chrono::floor<microseconds>(clock::duration::max()).count();
+    for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last, last}) {
+        if (!has_nanoseconds && std::abs(count) == last) continue;
+        clock::time_point const time(microseconds{count});
+        EXPECT_EQ(julian_microseconds(to_ptime(time)), julian_microseconds_of_epoch + count);
+        EXPECT_EQ(to_time_point(to_ptime(time)), time);
+        auto const within = clock::duration(has_nanoseconds && count != last ? 999 : 0);
+        EXPECT_EQ(to_ptime(time + within), to_ptime(time));
+    }
+    auto const is_refused = [](auto convert, auto const& time) {
+        EXPECT_THROW(static_cast<void>(convert(time)), InvalidArgument);
+    };
+    is_refused(to_time_point, boost::posix_time::ptime());
+    if constexpr (has_nanoseconds) {
+        is_refused(to_time_point, ptime_of(last + 1));
+        is_refused(to_time_point, ptime_of(-last - 1));
+    } else {
+        EXPECT_THROW(static_cast<void>(to_ptime(clock::time_point::max())), InvalidArgument);
+    }
 }
 
 }  // namespace ko::filesystem::internal_test

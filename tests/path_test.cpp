@@ -22,19 +22,18 @@ TEST_F(Path, HoldsItsTextInNativeForm) {
 }
 
 TEST_F(Path, AppendsTextsAndPaths) {
-    std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
     upath const name(u"~", false);
     EXPECT_OUTCOME(upath(u"a") / u"" / upath() / u"b//c/", "a/b/c");
     EXPECT_OUTCOME(upath() / u"~/x", "/h/u/x");
     EXPECT_OUTCOME(upath(u"a", false) / u"~/x", "a/~/x");
-    EXPECT_OUTCOME(upath(u"a") / u"~/x", refused);
+    EXPECT_OUTCOME(upath(u"a") / u"~/x", no_absolute_path);
     EXPECT_OUTCOME(upath(u"a") / name, "a/~");
     EXPECT_OUTCOME(name.with_expand_tilde(true) / u"x", "~/x");
-    EXPECT_OUTCOME(upath(u"a") / upath(u"/b"), refused);
+    EXPECT_OUTCOME(upath(u"a") / upath(u"/b"), no_absolute_path);
     EXPECT_OUTCOME(upath(u"/").replace_filename(u"x"), "/x");
     EXPECT_OUTCOME(upath(u"a/b").replace_filename(name), "a/~");
     upath kept(u"a/b");
-    EXPECT_OUTCOME(kept.replace_filename(u"~/x"), refused);
+    EXPECT_OUTCOME(kept.replace_filename(u"~/x"), no_absolute_path);
     EXPECT_EQ(joined(kept, (upath(u"a", false) / u"x").expand_tilde()), "a/b|no|");
 }
 

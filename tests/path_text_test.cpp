@@ -84,7 +84,6 @@ TEST_F(PathText, IsJoined) {
     auto const join = [](text base, text const& addition, bool expand = false) {
         return concatenate_pathname(base, addition, expand);
     };
-    std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
     EXPECT_OUTCOME(join(u"a/", u"b"), "a/b");
     EXPECT_OUTCOME(join(u"/", u"b"), "/b");
     EXPECT_OUTCOME(join(u"", u"/b//c/"), "/b/c");
@@ -92,8 +91,8 @@ TEST_F(PathText, IsJoined) {
     EXPECT_OUTCOME(join(u"a//", u"b//c/"), "a//b/c");
     EXPECT_OUTCOME(join(u"a", u"~"), "a/~");
     EXPECT_OUTCOME(join(u"", u"~/x", true), "/home/u/x");
-    EXPECT_OUTCOME(join(u"a", u"/b"), refused);
-    EXPECT_OUTCOME(join(u"a", u"~", true), refused);
+    EXPECT_OUTCOME(join(u"a", u"/b"), no_absolute_path);
+    EXPECT_OUTCOME(join(u"a", u"~", true), no_absolute_path);
     std::string bytes = "a";
     EXPECT_OUTCOME(byte_traits::concatenate_pathname(bytes, "b//", false), "a/b");
     for (text self : {u"a//b", u"a/b", u"a/relative/path/that/is/longer/than/the/buffer"}) {

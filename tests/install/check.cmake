@@ -30,6 +30,20 @@ foreach(way ${WAYS})
                 message(FATAL_ERROR "not for callers: ${header}")
             endif()
         endforeach()
+        if(EXISTS ${work}/prefix/bin/kofs)
+            execute_process(COMMAND ${work}/prefix/bin/kofs exists / WORKING_DIRECTORY /
+                                    COMMAND_ERROR_IS_FATAL ANY)
+            find_program(readelf readelf)
+            if(readelf)
+                # An empty element would be the working directory.
+                execute_process(COMMAND ${readelf} -d ${work}/prefix/bin/kofs
+                                OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+                string(REGEX MATCH "R(UN)?PATH[^\n]*" runpath "${dynamic}")
+                if(NOT runpath MATCHES ": \\[\\$ORIGIN/\\.\\./[a-z][^:]*\\]$")
+                    message(FATAL_ERROR "looks elsewhere for the library: ${runpath}")
+                endif()
+            endif()
+        endif()
     endif()
     run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/${way} ${settings} -DWAY=${way}
         -DSOURCE=${SOURCE} ${pkgconfig_settings})
