@@ -1,10 +1,6 @@
-#include <fcntl.h>
-
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::copy_test {
-
-using namespace test_support;  // tests/support
+namespace ko::filesystem::test_support::copy_test {
 
 using option = copy_option;
 constexpr option overwrite = option::overwrite_if_exists, skip = option::skip_existing,
@@ -269,4 +265,4 @@ TEST_F(Copy, CallsItsObserverBeforeEachEntry) {
     }
 }
 
-}  // namespace ko::filesystem::copy_test
+}  // namespace ko::filesystem::test_support::copy_test

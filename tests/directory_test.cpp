@@ -1,12 +1,8 @@
 // Listings of real directories.
 
-#include <set>
-
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::directory_test {
-
-using namespace test_support;  // tests/support
+namespace ko::filesystem::test_support::directory_test {
 
 using recursive = recursive_directory_iterator;
 using option = directory_option;
@@ -171,4 +167,4 @@ TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
     EXPECT_EQ(names, (lines{"f", "t", "u"}));
 }
 
-}  // namespace ko::filesystem::directory_test
+}  // namespace ko::filesystem::test_support::directory_test

@@ -6,9 +6,8 @@
 #include "support/files.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::encoding_test {
+namespace ko::filesystem::test_support::encoding_test {
 
-using namespace test_support;  // tests/support
 using detail::from_filesystem;
 using detail::to_filesystem;
 
@@ -125,4 +124,4 @@ TEST(Encoding, MayStopInsideAUnit) {
     ::iconv_close(pairs);
 }
 
-}  // namespace ko::filesystem::encoding_test
+}  // namespace ko::filesystem::test_support::encoding_test

@@ -3,20 +3,16 @@
 // with the full effect of the operation, or what a row says. No descriptor may be left open, and
 // files that are only read must be unchanged.
 
-#include <atomic>
 #include <chrono>
-#include <functional>
+#include <climits>
 #include <regex>
-#include <set>
-#include <thread>
 
 #include "support/allocations.hpp"
 #include "support/outcome.hpp"
 #include "support/system_calls.hpp"
 
-namespace ko::filesystem::fault_sweep_test {
+namespace ko::filesystem::test_support::fault_sweep_test {
 
-using namespace test_support;  // tests/support
 using calls = std::vector<std::string>;
 using numbers = std::set<int>;
 
@@ -246,24 +242,34 @@ protected:
     }
 };
 
+/// `remove_all` of the first of the directories, each of which has the next one in it.
+scenario removal(std::string const& root, std::vector<std::string> const& directories) {
+    std::u16string const path = utf16(root + directories.front());
+    EXPECT_EQ(utf8(path), root + directories.front());  // opens both converters
+    auto row = scenario("remove_all", own, [=] { remove_all(path); })
+                   .but("lstat|fstatat", {ENOENT}, "pathless")
+                   .but("closedir", {}, "pathless");
+    std::string without = "ok";  // removed by someone else
+    for (std::string const& directory : directories) {
+        for (std::string const call : {"openat @", "fdopendir @", "readdir @"})
+            row.but(call + directory, {ENOENT}, without)
+                .but(call + directory, {ENOTDIR, ELOOP}, "FileIsDirectory [@" + directory + ']');
+        without = "DirectoryNotEmpty [@" + directory + ']';
+    }
+    return row;
+}
+
 TEST_F(FaultSweep, OfEveryCall) {
     constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
     numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
-    auto const at = [root = utf16(scratch.path8())](std::u16string const& name) {
-        return root + u'/' + name;
-    };
+    // Those of make_tree, and `n`, which isn't there.
+    std::u16string const root = utf16(scratch.path8()) + u'/', d = root + u'd', e = root + u'e',
+                         f = root + u'f', g = root + u'g', l = root + u'l', n = root + u'n';
     auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
     std::string const listing = "std: boost::filesystem::directory_iterator*";
-    auto removal = scenario("remove_all", own, [=] { remove_all(at(u"d")); })
-                       .but("lstat", {ENOENT}, "pathless")
-                       .but("closedir", {}, "pathless")
-                       .but("openat @/d|readdir @/d", {ENOENT}, "ok")  // removed by someone else
-                       .but("openat @/d/s|readdir @/d/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
-                       .but("openat @/d|readdir @/d", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
-                       .but("openat|readdir", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]");
     auto tree_copy =
         scenario("copy, tree watched", none | own | of_copy,
-                 [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); })
+                 [=] { copy(d, n, tree, [](auto const&) { return true; }); })
             .on("@/d/s/f", "@/n/s/f")
             .but("fstatat", {EACCES}, "ok")  // an unsearchable directory is no ancestor
             .but("fstatat", {}, ":@/n")
@@ -280,109 +286,100 @@ TEST_F(FaultSweep, OfEveryCall) {
         return row;
     };
     scenario const rows[] = {
-        scenario("exists, is_directory, is_regular_file, is_symlink", own,
-                 [=] {
-                     return exists(at(u"f")) && is_directory(at(u"d")) &&
-                            is_regular_file(at(u"f")) && is_symlink(at(u"l"));
-                 })
+        scenario(
+            "exists, is_directory, is_regular_file, is_symlink", own,
+            [=] { return exists(f) && is_directory(d) && is_regular_file(f) && is_symlink(l); })
             .but("stat|lstat", ignored, "no"),
         scenario("status, symlink_status", none,
-                 [=] { return there(status(at(u"f"))) && there(symlink_status(at(u"l"))); })
+                 [=] { return there(status(f)) && there(symlink_status(l)); })
             .but("stat|lstat", {ENOENT, EINVAL}, "no"),
-        scenario("status_express_light", own, [=] { return there(status_express_light(at(u"f"))); })
+        scenario("status_express_light", own, [=] { return there(status_express_light(f)); })
             .but("stat", {ENOENT, EINVAL}, "no"),
         scenario("file_size, hard_link_count, resize_file, last_write_time", own,
                  [=] {
-                     resize_file(at(u"f"), file_size(at(u"f")) - hard_link_count(at(u"f")));
-                     last_write_time(at(u"f"), last_write_time(at(u"g")));
+                     resize_file(f, file_size(f) - hard_link_count(f));
+                     last_write_time(f, last_write_time(g));
                  }),
-        scenario("access, read", own, [=] { return access(at(u"f"), access_read); })
+        scenario("access, read", own, [=] { return access(f, access_read); })
             .but("access", {EACCES}, "no"),
-        scenario("access, exists", own,
-                 [=] { return access(at(u"f"), access_exists | access_write); })
+        scenario("access, exists", own, [=] { return access(f, access_exists | access_write); })
             .but("access", {EACCES, ENOENT, EROFS}, "no"),
-        scenario("permissions", own, [=] { permissions(at(u"f"), 0600); })
+        scenario("permissions", own, [=] { permissions(f, 0600); })
             .but("stat", {ENOENT}, "ok")
             .but("stat", {}, "pathless"),
         scenario("permissions, of a link", own,
-                 [=] { permissions(at(u"l"), 0600 | file_status::perms_symlink); })
+                 [=] { permissions(l, 0600 | file_status::perms_symlink); })
             .but("lstat", {ENOENT}, "*")
             .but("lstat", {}, "pathless"),
         scenario("get_current_path, absolute", none,
                  [=] { return get_current_path() + absolute(u"x"); }),
-        scenario("change_current_path", own, [=] { change_current_path(at(u"d")); }),
-        scenario("create_directory", own, [=] { create_directory(at(u"n")); }),
-        scenario("create_directories", own, [=] { create_directories(at(u"n/m")); })
+        scenario("change_current_path", own, [=] { change_current_path(d); }),
+        scenario("create_directory", own, [=] { create_directory(n); }),
+        scenario("create_directories", own, [=] { create_directories(n + u"/m"); })
             .but("mkdir @/n", {EEXIST}, "PathNotFound [@/n/m]"),
-        scenario("ensure_directories", own, [=] { return ensure_directories(at(u"n/m")); })
+        scenario("ensure_directories", own, [=] { return ensure_directories(n + u"/m"); })
             .but("mkdir @/n", {EEXIST}, "PathNotFound [@/n/m]"),
-        scenario("create_hard_link", own, [=] { create_hard_link(at(u"f"), at(u"n")); })
+        scenario("create_hard_link", own, [=] { create_hard_link(f, n); })
             .but("stat", absent, "ok"),
-        scenario("create_symlink", own, [=] { create_symlink(u"t", at(u"n")); })
-            .but("stat", absent, "ok"),
-        scenario("read_symlink", own, [=] { return read_symlink(at(u"l")); }),
-        scenario("rename", of_move, [=] { rename(at(u"d/s/f"), at(u"d/n")); })
-            .on("@/d/s/f", "@/d/n"),
-        scenario("rename_durably", of_move, [=] { rename_durably(at(u"d/s/f"), at(u"d/n")); })
+        scenario("create_symlink", own, [=] { create_symlink(u"t", n); }).but("stat", absent, "ok"),
+        scenario("read_symlink", own, [=] { return read_symlink(l); }),
+        scenario("rename", of_move, [=] { rename(d + u"/s/f", d + u"/n"); }).on("@/d/s/f", "@/d/n"),
+        scenario("rename_durably", of_move, [=] { rename_durably(d + u"/s/f", d + u"/n"); })
             .on("@/d/s/f", "@/d/n")
             .but("open", {EACCES}, "ok")  // by sync, which reports nothing
             .but("open @/d/s/f|fsync @/d/s/f", {ENOENT}, ":@/d/n")
             .but("open|fsync", {ENOENT}, ":@/d/s/f"),  // after the move
-        scenario("remove", own, [=] { remove(at(u"f")), remove(at(u"e")); })
-            .but("lstat", {ENOENT}, "pathless"),
-        scenario("remove_if_exists", own, [=] { return remove_if_exists(at(u"f")); })
+        scenario("remove", own, [=] { remove(f), remove(e); }).but("lstat", {ENOENT}, "pathless"),
+        scenario("remove_if_exists", own, [=] { return remove_if_exists(f); })
             .but("lstat|unlink", {ENOENT}, "no"),
-        scenario(
-            "remove_file, remove_symlink, remove_directory", own,
-            [=] { remove_symlink(at(u"l")), remove_directory(at(u"e")), remove_file(at(u"f")); })
+        scenario("remove_file, remove_symlink, remove_directory", own,
+                 [=] { remove_symlink(l), remove_directory(e), remove_file(f); })
             .but("unlink @/l", {EPERM}, "FileIsDirectory [@/l]")
             .but("unlink @/f", {EPERM}, "FileIsDirectory [@/f]"),
-        removal,
-        scenario("copy_file", of_copy, [=] { copy_file(at(u"f"), at(u"n")); }),
+        removal(scratch.path8(), {"/d", "/d/s"}),
+        scenario("copy_file", of_copy, [=] { copy_file(f, n); }),
         scenario("copy_file over", of_copy,
-                 [=] { copy_file(at(u"f"), at(u"g"), copy_option::overwrite_if_exists); })
+                 [=] { copy_file(f, g, copy_option::overwrite_if_exists); })
             .on("@/f", "@/g"),
         scenario("copy_file, skip", of_copy | own,
-                 [=] { copy_file(at(u"f"), at(u"n"), copy_option::skip_existing); }),
+                 [=] { copy_file(f, n, copy_option::skip_existing); }),
         scenario("copy_file, update", of_copy | none,
-                 [=] { copy_file(at(u"f"), at(u"n"), copy_option::update_existing); }),
-        scenario("copy_directory", of_copy, [=] { copy_directory(at(u"d"), at(u"n")); })
-            .on("@/d", "@/n"),
-        scenario("copy_symlink", own, [=] { copy_symlink(at(u"l"), at(u"n")); })
+                 [=] { copy_file(f, n, copy_option::update_existing); }),
+        scenario("copy_directory", of_copy, [=] { copy_directory(d, n); }).on("@/d", "@/n"),
+        scenario("copy_symlink", own, [=] { copy_symlink(l, n); })
             .but("lstat", {}, "pathless")
             .but("stat", absent, "ok"),
-        scenario("copy, link followed", of_copy | own | none, [=] { copy(at(u"l"), at(u"n")); })
+        scenario("copy, link followed", of_copy | own | none, [=] { copy(l, n); })
             .on("f", "@/n")
             .but("lstat f", {ENOENT}, "PathNotFound [@/l]"),
         tree_copy,
-        scenario("canonical", own, [=] { return canonical(at(u"l")); })
+        scenario("canonical", own, [=] { return canonical(l); })
             .but("stat", absent, "PathNotFound"),
         scenario("weakly_canonical, relative", own,
-                 [=] { return weakly_canonical(at(u"d/x")) + relative(at(u"d/x"), at(u"d")); })
+                 [=] { return weakly_canonical(d + u"/x") + relative(d + u"/x", d); })
             .but("stat", ignored, "*"),
-        scenario("equivalent", of_copy, [=] { return equivalent(at(u"f"), at(u"g")); })
-            .on("@/f", "@/g"),
-        list("directory_iterator", [=] { return listed(directory_iterator(at(u"d"))); }),
+        scenario("equivalent", of_copy, [=] { return equivalent(f, g); }).on("@/f", "@/g"),
+        list("directory_iterator", [=] { return listed(directory_iterator(d)); }),
         list("recursive_directory_iterator",
-             [=] { return listed(recursive_directory_iterator(at(u"d"))); }),
+             [=] { return listed(recursive_directory_iterator(d)); }),
         list("recursive_directory_iterator, links followed",
-             [=] { return listed(recursive_directory_iterator(at(u"./d"), following)); }),
+             [=] { return listed(recursive_directory_iterator(root + u"./d", following)); }),
         list("recursive_directory_iterator, going on",
              [=] {
                  auto const goes_on = [](FsysExceptionBase const&) { return true; };
-                 return listed(recursive_directory_iterator(at(u"./d"), following, goes_on));
+                 return listed(recursive_directory_iterator(root + u"./d", following, goes_on));
              })
             .but("openat|fdopendir|fstat|readdir", {}, "listed*"),
-        list("directory_entry", [=] { return asked(directory_iterator(at(u"d"))); })
+        list("directory_entry", [=] { return asked(directory_iterator(d)); })
             .but("stat", {ENOENT, EINVAL}, "listed*")
             .but("lstat", {EINVAL}, "listed*"),
         list("directory_entry, status read",
              [=] {
-                 directory_entry const top(at(u"d"));
+                 directory_entry const top(d);
                  return asked(directory_iterator(top.path(), directory_option::read_status));
              })
             .but("stat|fstatat", {ENOENT, EINVAL}, "listed*"),
-        scenario("space", own, [=] { return space(upath(at(u"e"))).capacity > 0; }),
+        scenario("space", own, [=] { return space(upath(e)).capacity > 0; }),
     };
     int faults = 0, allocations = 0;
     for (auto const& row : rows) {
@@ -464,6 +461,43 @@ TEST_F(RemoveAll, FollowsNoLinkPutInPlaceOfADirectory) {
         EXPECT_OUTCOME(remove_all(u"d"), "ok") << moment;
         EXPECT_EQ(everything_in("elsewhere/f") + everything_in("d"), everything_in("moved/f"));
     }
+}
+
+// Below a path of the system's limit, the walk goes on relative to open directories.
+TEST_F(RemoveAll, GoesOnBelowTheLongestPath) {
+    std::string const root = scratch.path8();
+    std::string top = root + "/d";
+    while (top.size() < PATH_MAX - 255) top += '/' + std::string(200, 'x');
+    top += '/' + std::string(PATH_MAX - 3 - top.size(), 'y');
+    auto const below_top = [&](auto action) {
+        std::filesystem::current_path(top);
+        action();
+        std::filesystem::current_path(root);
+    };
+    make_tree();
+    scratch.make({"e/f: kept"});
+    auto const make = [&] {
+        std::filesystem::create_directories(top);
+        below_top([&] {
+            std::filesystem::create_directories("s/t");
+            static_cast<void>(::symlink((root + "/e").c_str(), "s/l"));
+        });
+    };
+    surroundings const around = {make, [] { return everything_in("e"); },
+                                 [&] { return std::to_string(std::filesystem::exists(top)); }};
+    std::string const shown = top.substr(root.size());
+    sweep(removal(root, {shown, shown + "/s", shown + "/s/t"}), around);
+    make();
+    call_recorder recorded;
+    recorded.during = [&] {  // puts a link in its place after it was found to be a directory
+        if (recorded.all.back() != "openat " + top + "/s") return;
+        below_top([&] {
+            std::filesystem::rename("s", root + "/moved");
+            std::filesystem::create_symlink(root + "/e", "s");
+        });
+    };
+    EXPECT_OUTCOME(remove_all(utf16(top)), "ok");
+    EXPECT_TRUE(std::filesystem::exists("e/f") && std::filesystem::exists("moved/t"));
 }
 
 using Copy = FaultSweep;
@@ -560,4 +594,4 @@ TEST(Encoding, GivesNothingWithoutAConverter) {
     EXPECT_EQ(call_recorder::open_converters, open_before) << "an unopened converter was closed";
 }
 
-}  // namespace ko::filesystem::fault_sweep_test
+}  // namespace ko::filesystem::test_support::fault_sweep_test

@@ -12,7 +12,7 @@
 
 #include "support/files.hpp"
 
-namespace ko::filesystem::internal_test {
+namespace ko::filesystem::test_support::internal_test {
 
 using namespace detail;
 TEST(Status, HasEveryType) {
@@ -65,4 +65,4 @@ TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     }
 }
 
-}  // namespace ko::filesystem::internal_test
+}  // namespace ko::filesystem::test_support::internal_test

@@ -3,13 +3,11 @@
 #include <sys/resource.h>
 
 #include <atomic>
-#include <thread>
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::limits_test {
+namespace ko::filesystem::test_support::limits_test {
 
-using namespace test_support;  // tests/support
 class Limits : public scratch_test {};
 
 // A removal and a listing hold one descriptor for each level.
@@ -58,4 +56,4 @@ TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
     EXPECT_OUTCOME(copy(tree, target, options), "ok");
 }
 
-}  // namespace ko::filesystem::limits_test
+}  // namespace ko::filesystem::test_support::limits_test

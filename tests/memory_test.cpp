@@ -5,10 +5,9 @@
 #include "support/allocations.hpp"
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::memory_test {
+namespace ko::filesystem::test_support::memory_test {
 
 using namespace detail;
-using namespace test_support;  // tests/support
 
 std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
 std::u16string const long_name = u"a-name-longer-than-the-buffer-of-a-string";
@@ -16,7 +15,8 @@ std::u16string const long_name = u"a-name-longer-than-the-buffer-of-a-string";
 struct Memory : scratch_test {};
 
 TEST_F(Memory, IsTakenForResultsOnly) {
-    std::u16string const file = scratch.file(long_name), many = scratch.directory(u"many");
+    scratch.make({"many/"});
+    std::u16string const file = scratch.file(long_name), many = scratch / u"many";
     upath const path(file), missing(scratch / u"missing");
     for (char16_t name = 0x4E00; name < 0x4E00 + 1000; ++name)
         scratch.file(u"many/" + std::u16string(1, name));
@@ -83,4 +83,4 @@ TEST_F(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
               "SystemError [a path that needs memory \x7F\uFF80\uFFFF] [g] EIO");
 }
 
-}  // namespace ko::filesystem::memory_test
+}  // namespace ko::filesystem::test_support::memory_test

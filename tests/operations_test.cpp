@@ -1,17 +1,11 @@
 // Every operation except copies and listings, on real files. Each test runs with texts and with paths.
 
-#include <fcntl.h>
-
-#include <sstream>
-
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::operations_test {
-
-using namespace test_support;  // tests/support
+namespace ko::filesystem::test_support::operations_test {
 
 std::u16string const lone = std::u16string(u"x") + char16_t{0xD800};
 std::u16string const zero = std::u16string(u"d\0x", 3);
@@ -398,4 +392,4 @@ TEST_P(Operations, UncPathsAndShortcutsAreStubs) {
     EXPECT_EQ(mode("s"), "nothing");
 }
 
-}  // namespace ko::filesystem::operations_test
+}  // namespace ko::filesystem::test_support::operations_test

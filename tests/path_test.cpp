@@ -1,11 +1,8 @@
-#include <sstream>
 #include <string_view>
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::path_test {
-
-using namespace test_support;  // tests/support
+namespace ko::filesystem::test_support::path_test {
 
 struct Path : scratch_test {
     environment_guard home{"HOME", "/h/u"};
@@ -114,4 +111,4 @@ TEST_F(Path, ComparesHashesAndPrintsItsText) {
     EXPECT_EQ(out.str(), "/\u6F22");
 }
 
-}  // namespace ko::filesystem::path_test
+}  // namespace ko::filesystem::test_support::path_test

@@ -3,10 +3,9 @@
 #include "support/outcome.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::path_text_test {
+namespace ko::filesystem::test_support::path_text_test {
 
 using namespace detail;
-using namespace ko::filesystem::test_support;  // tests/support
 
 using text = std::u16string;
 using byte_traits = path_traits<char, char>;
@@ -176,4 +175,4 @@ TEST_F(PathText, IsWalkedByACursor) {
     });
 }
 
-}  // namespace ko::filesystem::path_text_test
+}  // namespace ko::filesystem::test_support::path_text_test

@@ -117,7 +117,5 @@ private:
 #define WITH(operation, ...) [=](auto const&... p) { return operation(p..., __VA_ARGS__); }
 
 /// Compares the outcome of an expression, in a test with a scratch directory.
-#define EXPECT_OUTCOME(expression, expected)                                                      \
-    EXPECT_EQ(                                                                                    \
-        ko::filesystem::test_support::outcome(this->scratch.path8(), [&] { return expression; }), \
-        expected)
+#define EXPECT_OUTCOME(expression, expected) \
+    EXPECT_EQ(test_support::outcome(this->scratch.path8(), [&] { return expression; }), expected)
