@@ -22,8 +22,10 @@ PICTURE = ROOT / "docs/design.svg"
 LAYERS = [
     ("base", "constants, records, vector code, owners of handles", [
         "config file_status options detail/path_constants detail/text_scan posix/handles"]),
-    ("exceptions", "the classes, and the form in which they are thrown", [
-        "exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors exceptions/throw"]),
+    ("exceptions", "the classes, the form in which they are thrown, and error codes instead", [
+        "exceptions/escape exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors "
+        "exceptions/throw",
+        "attempt"]),
     ("encoding", "UTF-16 to UTF-8 and back, and a failure in words", [
         "posix/iconv_converter", "detail/encoding posix/encoding", "exceptions exceptions/describe"]),
     ("path text", "parts, joining, native form, upath", [
@@ -36,21 +38,21 @@ LAYERS = [
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
-        "resolve space"]),
+        "resolve space time"]),
     ("public header", "includes every header that callers see", ["filesystem"]),
 ]
 FLOORS = {module: (layer, floor) for layer, (_, _, floors) in enumerate(LAYERS)
           for floor, modules in enumerate(floors) for module in modules.split()}
 STANDARD = {
     "algorithm": "adjacent_find|any_of|binary_search|copy|find|max|min|none_of|sort|transform|unique",
-    "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
+    "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
     "ctime": "time_t", "exception": "exception", "filesystem": "filesystem", "functional": "function|hash",
-    "iomanip": "set(fill|w)", "ios": "hex|ios_base|uppercase", "iterator": "back_inserter|.*_iterator_tag",
-    "limits": "numeric_limits", "locale": "locale", "memory": "(make_)?(shared|unique)(_ptr)?",
-    "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "ostream": "ostream", "sstream": "ostringstream",
+    "iterator": "back_inserter|.*_iterator_tag",
+    "limits": "numeric_limits", "memory": "(make_)?(shared|unique)(_ptr)?",
+    "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "ostream": "ostream",
     "string": "(basic_|u16)?string", "string_view": "(basic_|u16)?string_view", "tuple": "tie",
     "system_error": "error_code|(generic|system)_category",
-    "type_traits": "is_.*_v|.*_t", "utility": "move|swap", "vector": "vector",
+    "type_traits": "is_.*_v|.*_t", "utility": "forward|move|swap", "vector": "vector",
 }
 WIDTH, LEFT, BOX, LANE, LINE, GAP = 860, 20, 560, 26, 17, 34
 

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <system_error>
 
 #include <ko/filesystem.hpp>
 
@@ -79,17 +80,56 @@ TEST_F(Directory, ListsWhatStdLists) {
 }
 
 TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
-    lines outcomes;
-    auto const ask = [&](auto question) { outcomes.insert(outcome(scratch.path8(), question)); };
-    for (directory_entry const& entry : directory_iterator(u"d//")) {
-        if (entry.has_path()) continue;
-        ask([&] { return entry.path(); });
-        ask([&] { return entry.status().type == entry.type(); });
-        ask([&] { return entry.file_size(); });
+    for (auto const options : {option::none, option::read_status}) {
+        lines outcomes;
+        auto const ask = [&](auto question) {
+            outcomes.insert(outcome(scratch.path8(), question));
+        };
+        for (directory_entry const& entry : directory_iterator(u"d//", options)) {
+            if (entry.has_path()) continue;
+            ask([&] { return entry.path(); });
+            ask([&] { return entry.status().type == entry.type(); });
+            ask([&] { return entry.file_size(); });
+            EXPECT_EQ(entry.native_path(), "d/" + entry.native_name());
+        }
+        EXPECT_EQ(outcomes, (lines{"InvalidArgument \"Invalid UTF-8\" [d/\uFFFD]", "yes",
+                                   "FileIsDirectory [d/\uFFFD]",
+                                   "InvalidArgument \"Invalid UTF-8\" [d/a\uFFFDz]", "yes", "0"}));
     }
-    EXPECT_EQ(outcomes, (lines{"InvalidArgument \"Invalid UTF-8\" [d/\uFFFD]", "yes",
-                               "FileIsDirectory [d/\uFFFD]",
-                               "InvalidArgument \"Invalid UTF-8\" [d/a\uFFFDz]", "yes", "0"}));
+}
+
+TEST_F(Directory, EntriesAnswerTheSameHoweverTheyKnow) {
+    auto const answers = [&](directory_entry const& entry) {
+        std::string all = path_of(entry) + ' ' + entry.native_name() + ' ' + entry.native_path();
+        auto const add = [&](auto question) { all += ' ' + outcome(scratch.path8(), question); };
+        auto const ticks = [](auto const& time) { return time.time_of_day().ticks(); };
+        add([&] { return entry.type(); });
+        add([&] { return entry.status().type; });
+        add([&] { return entry.symlink_status().size; });
+        add([&] { return entry.is_directory(); });
+        add([&] { return entry.is_regular_file(); });
+        add([&] { return entry.file_size(); });
+        add([&] { return ticks(entry.last_write_time()); });
+        return all;
+    };
+    lines by_listing, by_status, by_path;
+    for (directory_entry const& entry : recursive(u"d")) {
+        if (!entry.has_path()) continue;
+        by_listing.insert(answers(entry));
+        by_path.insert(answers(directory_entry(entry.path())));
+    }
+    for (directory_entry const& entry : recursive(u"d", option::read_status))
+        if (entry.has_path()) by_status.insert(answers(entry));
+    EXPECT_EQ(by_status, by_listing);
+    EXPECT_EQ(by_path, by_listing);
+    auto const type = [](auto const& p) { return directory_entry(p).type(); };
+    std::string const absent = std::to_string(file_status::file_not_found);
+    expect(type, row(u"d//", std::to_string(file_status::directory_file)), row(u"", absent),
+           row(u"missing", absent), row(u".../x", absent),
+           row(u"d/.../x", "NotDirectoryError [d/.../x]"),
+           row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
+    EXPECT_EQ(answers(directory_entry()), answers(directory_entry(u"")));
+    EXPECT_EQ(directory_entry(u"/").native_name(), "/");
 }
 
 TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
@@ -103,9 +143,36 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
     scratch.directory(u"d/s/closed", 0);
+    scratch.directory(u"open", 0777);
+    scratch.directory(u"d/names");
+    scratch.file(u"d/names/f");
+    must(::chmod("d/names", 0444) == 0);
     as_unprivileged_child([&] {
+        std::error_code code;  // of Boost's listing
+        attempt(code, [] { copy(u"d/s/closed", u"open/n", copy_option::recursive); });
+        EXPECT_EQ(code, std::errc::permission_denied);
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
+        lines reported;
+        auto const goes_on = [&](FsysExceptionBase const& error) {
+            reported.insert(describe(error));
+            return true;
+        };
+        EXPECT_EQ(std::distance(recursive(u"d/s", option::none, goes_on), {}), 4);
+        EXPECT_TRUE(directory_iterator(u"d/s/closed", option::none, goes_on) ==
+                    directory_iterator());
+        EXPECT_EQ(reported.count("permission denied: d/s/closed"), 2u);
+        auto const refuse = [](FsysExceptionBase const&) { return false; };
+        auto const fail = [](FsysExceptionBase const&) { return throw std::string("own"), true; };
+        recursive refused(u"d/s", option::none, refuse), failed(u"d/s", option::none, fail);
+        EXPECT_OUTCOME(void(std::advance(refused, 4)), "AccessDenied [d/s/closed]");
+        EXPECT_THROW(std::advance(failed, 4), std::string);
+        EXPECT_TRUE(refused == recursive() && failed == recursive());
+        // A directory that may be read and not searched has names without a status.
+        for (directory_entry const& entry : directory_iterator(u"d/names", option::read_status)) {
+            EXPECT_OUTCOME(entry.is_regular_file(), "yes");
+            EXPECT_OUTCOME(entry.file_size(), "AccessDenied [d/names/f]");
+        }
     });
 }
 

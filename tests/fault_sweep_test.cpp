@@ -119,6 +119,14 @@ std::string listed(Iterator all) {
     return "listed " + std::to_string(sum);
 }
 
+/// The status of each entry, links followed or not.
+std::string asked(directory_iterator all) {
+    std::string result = "listed";
+    for (directory_entry const& e : all)
+        result += std::to_string(e.symlink_status().type | e.status().permissions);
+    return result;
+}
+
 bool matches(std::string const& outcome, std::string const& wanted) {
     if (wanted.back() != '*') return outcome == wanted;
     return outcome.rfind(wanted.substr(0, wanted.size() - 1), 0) == 0;
@@ -391,15 +399,25 @@ TEST_F(FaultSweep, OfEveryCall) {
              [=] { return listed(recursive_directory_iterator(at(u"d"))); }),
         list("recursive_directory_iterator, links followed",
              [=] { return listed(recursive_directory_iterator(at(u"./d"), following)); }),
-        list("directory_entry",
+        list("recursive_directory_iterator, going on",
              [=] {
-                 std::string result = "listed";
-                 for (directory_entry const& e : directory_iterator(at(u"d")))
-                     result += std::to_string(e.symlink_status().type | e.status().permissions);
-                 return result;
+                 auto const goes_on = [](FsysExceptionBase const&) { return true; };
+                 return listed(recursive_directory_iterator(at(u"./d"), following, goes_on));
              })
+            .but("openat", {}, "listed*")
+            .but("fdopendir", {}, "listed*")
+            .but("fstat", {}, "listed*")
+            .but("readdir", {}, "listed*"),
+        list("directory_entry", [=] { return asked(directory_iterator(at(u"d"))); })
             .but("stat", {ENOENT, EINVAL}, "listed*")
             .but("lstat", {EINVAL}, "listed*"),
+        list("directory_entry, status read",
+             [=] {
+                 directory_entry const top(at(u"d"));
+                 return asked(directory_iterator(top.path(), directory_option::read_status));
+             })
+            .but("stat", {ENOENT, EINVAL}, "listed*")
+            .but("fstatat", {ENOENT, EINVAL}, "listed*"),
         scenario("space", own, [=] { return space(upath(at(u"e"))).capacity > 0; }),
     };
     int faults = 0, allocations = 0;
@@ -503,6 +521,31 @@ TEST_F(Copy, MakesCallsInProportionToItsEntries) {
     };
     std::size_t const once = merged(40);
     EXPECT_LT(merged(80), once * 21 / 10);
+}
+
+using Directory = FaultSweep;
+TEST_F(Directory, AsksTheSystemOnceForAStatus) {
+    make_tree();
+    auto const queries = [](directory_option options, auto ask) {
+        call_recorder recorded;
+        for (directory_entry const& entry : directory_iterator(u".", options)) ask(entry);
+        std::multiset<std::string> made;
+        for (auto const& call : recorded.all)
+            if (call.find("stat") < call.find(' ')) made.insert(call);
+        return made;
+    };
+    auto const type = [](directory_entry const& e) { return e.type() + e.is_symlink(); };
+    auto const all = [](directory_entry const& e) {
+        return e.type() + e.symlink_status().size + e.is_directory() + e.is_regular_file() +
+               (e.is_directory() ? 0 : e.file_size()) + e.status().size +
+               e.last_write_time().is_special();
+    };
+    using strings = std::multiset<std::string>;
+    EXPECT_EQ(queries(directory_option::none, type), strings());
+    strings once = {"fstatat ./d", "fstatat ./e", "fstatat ./f", "fstatat ./g", "fstatat ./l"};
+    EXPECT_EQ(queries(directory_option::read_status, type), once);
+    for (int followed = 0; followed != 6; ++followed) once.insert("stat ./l");
+    EXPECT_EQ(queries(directory_option::read_status, all), once);
 }
 
 using CurrentPath = FaultSweep;

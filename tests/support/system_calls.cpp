@@ -84,8 +84,8 @@ CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, 
 CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, unlinkat, SHOWN(unlinkat), (int d, char const* path, int f) noexcept, (d, path, f))
-CALL(int, -1, fstatat, SHOWN(fstatat), (int d, char const* path, struct stat* s, int f) noexcept,
-     (d, path, s, f))
+CALL(int, -1, fstatat, shown("fstatat", d, path),
+     (int d, char const* path, struct stat* s, int f) noexcept, (d, path, s, f))
 CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))
 CALL(int, -1, statvfs64, SHOWN(statvfs), (char const* path, struct statvfs64* s) noexcept,
      (path, s))

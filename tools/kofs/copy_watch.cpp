@@ -225,7 +225,8 @@ void copy_watch::count(std::u16string const& from) {
         add(given_.command == "copy" ? fs::symlink_status(from) : fs::status(from));
         if (given_.has("recursive") && given_.command == "copy" && fs::is_directory(from))
             for (auto const& entry : fs::recursive_directory_iterator(
-                     from, fs::directory_option::skip_permission_denied)) {
+                     from, fs::directory_option::read_status,
+                     [](fs::FsysExceptionBase const&) { return true; })) {
                 if (terminal_ != nullptr && elapsed_time::interrupted()) break;
                 add(entry.symlink_status());
             }

@@ -17,6 +17,7 @@
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <nlohmann/json.hpp>
 
 #include "report.hpp"
@@ -64,10 +65,15 @@ std::string escaped(std::basic_string<CharT> const& text) {
     for (CharT const each : text) {
         unsigned const unit = static_cast<std::make_unsigned_t<CharT>>(each);
         if (unit == '\\') result += '\\';
-        char escape[8] = {static_cast<char>(unit), '\0'};
-        if (unit < 0x20 || unit > 0x7E)
-            std::snprintf(escape, sizeof escape, sizeof(CharT) == 1 ? "\\x%02X" : "\\u%04X", unit);
-        result += escape;
+        if (unit >= 0x20 && unit <= 0x7E) {
+            result += static_cast<char>(unit);
+        } else if constexpr (sizeof(CharT) == 2) {
+            fs::detail::append_escape(result, each);
+        } else {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\x%02X", unit);
+            result += escape;
+        }
     }
     return result;
 }

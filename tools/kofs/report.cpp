@@ -4,17 +4,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 #include <boost/system/system_error.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <nlohmann/json.hpp>
 
 #include "elapsed_time.hpp"
@@ -41,13 +40,8 @@ std::string shown(std::string const& text) { return kofs::shown(from_filesystem(
 std::string reason(fs::FsysExceptionBase const& error) {
     auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
     if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
-    constexpr std::pair<int, int> numbers[] = {
-        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
-        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
-    };
-    for (auto const& [kind, number] : numbers)
-        if (kind == error.kind()) return std::strerror(number);
-    return std::strerror(error.system_error_number());
+    bool const is_supported = error.kind() != fs::error_kind::invalid_operation;
+    return std::strerror(is_supported ? error.code().value() : ENOTSUP);
 }
 
 /// `text` as in the paths of failures reported by Boost: only the low bytes of its units.
@@ -285,18 +279,7 @@ void print_rows(std::ostream& out, json const& object) {
     }
 }
 
-std::string shown(std::u16string const& text) {
-    std::u16string printable;
-    for (char16_t const unit : text) {
-        bool const hides = unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x061C ||
-                           unit == 0x200E || unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
-                           (unit >= 0x2066 && unit <= 0x2069);
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(unit));
-        hides ? printable.append(escape, escape + 6) : printable.append(1, unit);
-    }
-    return to_filesystem(printable);
-}
+std::string shown(std::u16string const& text) { return to_filesystem(fs::detail::escaped(text)); }
 
 std::string printed(std::u16string const& text) {
     return ::isatty(STDOUT_FILENO) != 0 ? shown(text) : to_filesystem(text);

@@ -1,5 +1,7 @@
 #include <ko/filesystem/posix/status_reader.hpp>
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <limits>
@@ -26,17 +28,24 @@ timespec const& write_time(struct stat const& found) noexcept { return found.st_
 timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctim; }
 #endif
 
-ptime to_ptime(timespec const& time) {
-    constexpr std::int64_t epoch = julian_seconds_of_epoch * 1'000'000;
+std::int64_t julian_microseconds(ptime const& time) {
+    return (time - ptime(ptime::time_rep_type(std::int64_t{0}))).ticks();
+}
+
+ptime ptime_of(std::int64_t count) {
     // The values above represent not_a_date_time and infinity.
     constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
+    if (count > last - julian_microseconds_of_epoch) return boost::posix_time::pos_infin;
+    return ptime(ptime::time_rep_type(count + julian_microseconds_of_epoch));
+}
+
+ptime to_ptime(timespec const& time) {
     std::int64_t count = 0;
     bool const overflow =
         __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
-        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
-    if (overflow || count > last)
-        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
-    return ptime(ptime::time_rep_type(count));
+        __builtin_add_overflow(count, time.tv_nsec / 1000, &count);
+    if (!overflow) return ptime_of(count);
+    return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
 }
 
 std::uint32_t translated_type(mode_t mode) noexcept {
@@ -107,6 +116,13 @@ file_status read_status(stat_function stat_or_lstat, char const* path8) {
 
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result) {
     return read_by([=](struct stat* found) { return stat_or_lstat(path8, found); }, result);
+}
+
+std::optional<int> try_status_below(int base, char const* name8, file_status& result) {
+    auto const stat_call = [=](struct stat* found) {
+        return ::fstatat(base, name8, found, AT_SYMLINK_NOFOLLOW);
+    };
+    return read_by(stat_call, result);
 }
 
 file_status_light status_light_by_stat(char const* path8) {
