@@ -270,7 +270,7 @@ class Kofs(unittest.TestCase):
         os.write(master, b"\x03")
         seen += read_terminal(master)
         self.assertEqual((os.waitpid(pid, 0)[1], os.listdir("copied") in ([], ["1"])), (signal.SIGINT, True), seen)
-        self.assertRegex(seen, rb"[25]\d? % of 2\.1 MB")
+        self.assertRegex(seen, rb"[27]5 % of 2\.1 MB")
         self.assertRegex(seen.decode(), r"\r +\rkofs copy: interrupted; entries copied: [12] \((0 B|1\.0 MB)\)\r\n$")
         for line in re.split(r"\r\n?", seen.decode()):
             self.assertLess(len(line) + len(re.findall("[\u5831\u544a]", line)), 70)
