@@ -159,7 +159,8 @@ bool copy_watch::step(fs::copy_step const& next) {
     bool const is_link = next.what.type == fs::file_status::symlink_file;
     if (is_link && given_.has("follow-links") && !found.is_copied && !is_kept(next))
         left_out_.push_back(next.from);
-    if (terminal_ != nullptr && found.is_copied && !given_.has("create-links") &&
+    bool const is_shown = terminal_ != nullptr || printer_.joinable();
+    if (is_shown && found.is_copied && !given_.has("create-links") &&
         (found.size != 0 || (is_link && !given_.has("copy-links")))) {
         found.target8 = fs::detail::to_filesystem(next.to);
         struct stat before;
@@ -283,7 +284,7 @@ std::string copy_watch::line(std::size_t width) const {
             {1, ", " + clock_text(std::lround(seconds * (1 - done) / done)) + " left"});
     std::string text = joined(std::move(pieces), width);
     std::size_t const taken = columns(text) + 2;
-    if (taken + 8 <= width) text += "  " + end_that_fits(shown(current_.from), width - taken);
+    if (taken + 16 <= width) text += "  " + end_that_fits(shown(current_.from), width - taken);
     return text;
 }
 

@@ -193,7 +193,7 @@ void elapsed_time::erase() {
 
 void elapsed_time::end_process(int signal) {
     erase();
-    if (signal == SIGINT && more_.end) more_.end();
+    if (more_.end) more_.end();
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     ::sigaction(signal, &action, nullptr);
