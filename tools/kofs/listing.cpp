@@ -82,7 +82,7 @@ private:
         if (needs_status_ && found.status.type == fs::file_status::file_not_found)
             return;  // by now
         if (is_long_ && found.type == fs::file_status::symlink_file)
-            found.link = fs::read_symlink(entry.path()).string();
+            found.link = to_filesystem(fs::read_symlink(entry.path().native()));  // no tilde
         if (order_.empty())
             print(found);
         else
