@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <ko/filesystem.hpp>
+#include <ko/filesystem/std_path.hpp>
 
 #include "support/files.hpp"
 #include "support/outcome.hpp"
