@@ -28,6 +28,7 @@ PROLOGUE = """\
 #include <boost/exception_ptr.hpp>
 
 #include <ko/filesystem.hpp>
+#include <ko/filesystem/std_path.hpp>
 
 namespace fs = ko::filesystem;
 """
