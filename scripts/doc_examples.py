@@ -31,6 +31,9 @@ PROLOGUE = """\
 #include <ko/filesystem/std_path.hpp>
 
 namespace fs = ko::filesystem;
+
+// A row of a table shows a call, whatever its result.
+#pragma GCC diagnostic ignored "-Wunused-result"
 """
 
 
