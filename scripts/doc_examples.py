@@ -128,6 +128,12 @@ def check_links():
         for name in sorted(names - set(listed)):
             complaints += 1
             print(f"{place}: no row for {name}")
+    version = re.search(r"project\([^)]*VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+    for place, shown in (("CHANGELOG.md", f"\n## {version} - "),
+                         ("packaging/vcpkg/ko-filesystem/vcpkg.json", f'"version": "{version}"')):
+        if shown not in (ROOT / place).read_text(encoding="utf-8"):
+            complaints += 1
+            print(f"{place}: not of version {version}")
     if not complaints:
         print(f"{links} links are valid")
     return 1 if complaints else 0
