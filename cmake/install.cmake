@@ -1,6 +1,30 @@
 # What is installed, in three components: `runtime`, `development`, and `tools`.
 include(CMakePackageConfigHelpers)
 
+# kofs and the library find what they need relative to themselves. Both trees are laid out alike, so
+# that the build needs no RUNPATH of its own: CMake would end it with an empty element, for which the
+# loader searches the working directory.
+if(PROJECT_IS_TOP_LEVEL AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}"
+   AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    get_property(is_multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+    set(tree ${PROJECT_BINARY_DIR}$<$<BOOL:${is_multi_config}>:/$<CONFIG>>)
+    file(RELATIVE_PATH libraries_from_programs /p/${CMAKE_INSTALL_BINDIR} /p/${CMAKE_INSTALL_LIBDIR})
+    set(origin $<IF:$<PLATFORM_ID:Darwin>,@loader_path,$ORIGIN>)
+    set_target_properties(
+        ko_filesystem
+        PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${tree}/${CMAKE_INSTALL_LIBDIR}
+                   LIBRARY_OUTPUT_DIRECTORY ${tree}/${CMAKE_INSTALL_LIBDIR}
+                   BUILD_WITH_INSTALL_RPATH ON
+                   INSTALL_RPATH_USE_LINK_PATH ON) # for Boost in a place of its own
+    if(TARGET kofs)
+        set_target_properties(
+            kofs
+            PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${tree}/${CMAKE_INSTALL_BINDIR}
+                       BUILD_WITH_INSTALL_RPATH ON
+                       INSTALL_RPATH "${origin}/${libraries_from_programs}")
+    endif()
+endif()
+
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ko_filesystem)
 configure_package_config_file(cmake/config.cmake.in ko_filesystem-config.cmake
                               INSTALL_DESTINATION ${package_dir})
@@ -44,18 +68,23 @@ install(
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT runtime)
 if(TARGET kofs)
+    # Where zsh looks: Debian keeps the other folder of /usr for the administrator.
+    set(zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+    if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version)
+        set(zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+    endif()
     install(TARGETS kofs RUNTIME COMPONENT tools)
     install(
-        FILES tools/kofs/kofs.1
+        FILES ${PROJECT_BINARY_DIR}/tools/kofs.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT tools OPTIONAL)
     install(
-        FILES tools/kofs/completion/kofs.bash
+        FILES ${PROJECT_BINARY_DIR}/tools/kofs.bash
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
         RENAME kofs
         COMPONENT tools OPTIONAL)
     install(
-        FILES tools/kofs/completion/_kofs
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
+        FILES ${PROJECT_BINARY_DIR}/tools/_kofs
+        DESTINATION ${zsh_dir}
         COMPONENT tools OPTIONAL)
 endif()

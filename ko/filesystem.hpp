@@ -3,6 +3,7 @@
 /// Includes every public header.
 
 #include <ko/filesystem/access.hpp>
+#include <ko/filesystem/attempt.hpp>
 #include <ko/filesystem/attributes.hpp>
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/copy.hpp>
@@ -33,3 +34,4 @@
 #include <ko/filesystem/space.hpp>
 #include <ko/filesystem/status.hpp>
 #include <ko/filesystem/std_path.hpp>
+#include <ko/filesystem/time.hpp>

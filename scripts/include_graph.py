@@ -7,7 +7,8 @@
 A header and the .cpp that includes it first are one module. A module includes only modules of its own
 floor and lower ones, without circles. A public header includes no internal header and no header of the
 operating system. An internal one says so in its first line. The header of every std:: name is included, in
-a .cpp perhaps by its own header.
+a .cpp perhaps by its own header. The next CMakeLists.txt above each .cpp, those of the tests and tools too,
+names it.
 """
 import collections
 import graphlib
@@ -22,35 +23,37 @@ PICTURE = ROOT / "docs/design.svg"
 LAYERS = [
     ("base", "constants, records, vector code, owners of handles", [
         "config file_status options detail/path_constants detail/text_scan posix/handles"]),
-    ("exceptions", "the classes, and the form in which they are thrown", [
-        "exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors exceptions/throw"]),
+    ("exceptions", "the classes, the form in which they are thrown, and error codes instead", [
+        "exceptions/escape exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors "
+        "exceptions/throw",
+        "attempt"]),
     ("encoding", "UTF-16 to UTF-8 and back, and a failure in words", [
         "posix/iconv_converter", "detail/encoding posix/encoding", "exceptions exceptions/describe"]),
     ("path text", "parts, joining, native form, upath", [
         "detail/path_algorithms", "detail/path_decomposition detail/path_expansion", "detail/path_composition",
         "detail/path_traits", "path std_path"]),
     ("operations", "what calls the system, and the error mapping", [
-        "detail/current_directory detail/error_mapping posix/directory_stream posix/file_identity "
-        "posix/foreign_rights",
+        "detail/current_directory detail/error_mapping posix/directory_stream posix/directory_maker posix/file_identity "
+        "posix/foreign_rights posix/durability",
         "posix/native_text posix/system_path",
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
-        "resolve space"]),
+        "resolve space time"]),
     ("public header", "includes every header that callers see", ["filesystem"]),
 ]
 FLOORS = {module: (layer, floor) for layer, (_, _, floors) in enumerate(LAYERS)
           for floor, modules in enumerate(floors) for module in modules.split()}
 STANDARD = {
     "algorithm": "adjacent_find|any_of|binary_search|copy|find|max|min|none_of|sort|transform|unique",
-    "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
+    "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
     "ctime": "time_t", "exception": "exception", "filesystem": "filesystem", "functional": "function|hash",
-    "iomanip": "set(fill|w)", "ios": "hex|ios_base|uppercase", "iterator": "back_inserter|.*_iterator_tag",
-    "limits": "numeric_limits", "locale": "locale", "memory": "(make_)?(shared|unique)(_ptr)?",
-    "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "ostream": "ostream", "sstream": "ostringstream",
+    "iterator": "back_inserter|.*_iterator_tag",
+    "limits": "numeric_limits", "memory": "(make_)?(shared|unique)(_ptr)?",
+    "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "ostream": "ostream",
     "string": "(basic_|u16)?string", "string_view": "(basic_|u16)?string_view", "tuple": "tie",
     "system_error": "error_code|(generic|system)_category",
-    "type_traits": "is_.*_v|.*_t", "utility": "move|swap", "vector": "vector",
+    "type_traits": "is_.*_v|.*_t", "utility": "forward|move|swap", "vector": "vector",
 }
 WIDTH, LEFT, BOX, LANE, LINE, GAP = 860, 20, 560, 26, 17, 34
 
@@ -89,6 +92,10 @@ def read_code():
         if file.suffix == ".hpp" and module in installed:
             wrong += [f"{name}: is public and includes {other}" for other in sorted(
                 set(included) - installed | set(re.findall(r"^#include <([\w/]+\.h)>", code, re.M)))]
+    for file in sorted(file for top in ("bench", "ko", "tests", "tools") for file in (ROOT / top).rglob("*.cpp")):
+        build = next(folder / "CMakeLists.txt" for folder in file.parents if (folder / "CMakeLists.txt").exists())
+        if not re.search(rf"(?<!\w){file.relative_to(build.parent)}\b", build.read_text()):
+            wrong.append(f"{file.relative_to(ROOT)}: is not in {build.relative_to(ROOT)}")
     wrong += [f"{name}: is on a floor and nowhere else" for name in sorted(FLOORS.keys() - set().union(*members.values()))]
     wrong += [f"ko/filesystem.hpp: lacks {name}" for name in sorted(installed - graph["filesystem"] - {"filesystem"})]
     try:

@@ -16,6 +16,8 @@ boost_packages() {
 is_installed() { [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]; }
 
 # need PACKAGE...: installs, if missing, the packages that every build needs and the given Debian packages.
+# Goes on without those in the array `optional` where they can't be installed.
+optional=()
 need() {
     case $(uname -s) in
     Darwin) need_on_macos; return ;;
@@ -23,19 +25,21 @@ need() {
     command -v dpkg-query >/dev/null || { need_by_hand; return; }
     local become=() wanted=(cmake ninja-build g++ libgtest-dev libcli11-dev nlohmann-json3-dev "$@")
     local missing
-    missing=$(missing_of "${wanted[@]}" $(boost_packages))
+    missing=$(missing_of "${wanted[@]}" ${optional[@]+"${optional[@]}"} $(boost_packages))
     [ -n "$missing" ] || return 0
     if [ "$(id -u)" != 0 ]; then
-        if ! sudo -n true 2>/dev/null; then
-            echo "$0: these packages are missing, and this user may not install them:" >&2
-            echo "    apt-get install --no-install-recommends $missing" >&2
-            exit 1
-        fi
         become=(sudo)
+        if ! sudo -n true 2>/dev/null; then
+            echo "$0: packages are missing. An administrator can install them:" >&2
+            echo "    sudo apt-get update && sudo apt-get install --no-install-recommends $missing" >&2
+            missing=$(missing_of "${wanted[@]}" $(boost_packages))
+            [ -z "$missing" ] || exit 1
+            return 0
+        fi
     fi
     export DEBIAN_FRONTEND=noninteractive
     "${become[@]}" apt-get -q update >&2
-    missing=$(missing_of "${wanted[@]}" $(boost_packages)) # only now does apt know the Boost versions
+    missing=$(missing_of "${wanted[@]}" ${optional[@]+"${optional[@]}"} $(boost_packages)) # only now does apt know the Boost versions
     # Must not remove any installed package.
     "${become[@]}" apt-get -q install -y --no-remove --no-install-recommends $missing >&2
 }
@@ -53,6 +57,7 @@ need_on_macos() {
         brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
     done
     [ ${#missing[@]} -eq 0 ] || { echo "$0: missing Homebrew formulae: brew install ${missing[*]}" >&2; exit 1; }
+    say_optional
 }
 
 need_by_hand() {
@@ -60,24 +65,40 @@ need_by_hand() {
     for tool in cmake ninja; do
         command -v $tool >/dev/null || { echo "$0: missing: $tool (besides: Boost 1.74 or later, GoogleTest, CLI11, nlohmann/json)" >&2; exit 1; }
     done
+    say_optional
 }
 
-# build PRESET [TARGET...]: configures once, then builds.
+say_optional() {
+    local tool
+    for tool in ${optional[@]+"${optional[@]}"}; do
+        command -v "$tool" >/dev/null || echo "$0: some tests need $tool, which is missing" >&2
+    done
+}
+
+# build PRESET [TARGET...]: configures once, or again if `configure_again` is set, then builds.
 build() (
     preset=$1 log=build/$1.log
     shift
     cd "$root"
     mkdir -p build
     echo "building, with a log in $log" >&2
-    if [ ! -e "build/$preset/build.ninja" ] && ! cmake --preset "$preset" >"$log" 2>&1; then
-        cat "$log" >&2
-        exit 1
+    if [ ! -e "build/$preset/build.ninja" ] || [ -n "${configure_again-}" ]; then
+        cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
 )
 
-# run_tests PRESET [CTEST-ARGUMENT...]
+# run_tests PRESET [CTEST-ARGUMENT...]: ends with the reasons of the tests that were skipped.
 run_tests() (
     cd "$root"
-    ctest --preset "$1" -j "$(getconf _NPROCESSORS_ONLN)" "${@:2}"
+    log=build/$1/Testing/Temporary/LastTest.log status=0
+    rm -f "$log"
+    ctest --preset "$1" -j "$(getconf _NPROCESSORS_ONLN)" "${@:2}" || status=$?
+    [ ! -e "$log" ] || awk '
+        /^[0-9]+\/[0-9]+ Testing: / { test = $3 }
+        /^Skipped: / { skip(substr($0, 10)) }
+        is_next { skip($0); is_next = 0 }
+        /: Skipped$/ { is_next = 1 } # GoogleTest: the place, then the reason
+        function skip(reason) { if (!count++) print "\nSkipped, and why:"; print "  " test ": " reason }' "$log"
+    exit $status
 )

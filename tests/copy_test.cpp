@@ -1,21 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {
@@ -23,15 +7,16 @@ namespace {
 
 using namespace test_support;  // tests/support
 
-constexpr auto must = &scratch_dir::must;
+using option = copy_option;
+constexpr option overwrite = option::overwrite_if_exists, skip = option::skip_existing,
+                 update = option::update_existing, recursive = option::recursive,
+                 keep_links = option::copy_symlinks, skip_links = option::skip_symlinks,
+                 make_links = option::create_symlinks;
 
-constexpr copy_option overwrite = copy_option::overwrite_if_exists;
-constexpr copy_option recursive = copy_option::recursive;
-
-auto const copy_with = [](copy_option options) {
+auto const copy_with = [](option options) {
     return [=](auto const& from, auto const& to) { copy(from, to, options); };
 };
-auto const copy_file_with = [](copy_option options) {
+auto const copy_file_with = [](option options) {
     return [=](auto const& from, auto const& to) { copy_file(from, to, options); };
 };
 
@@ -66,22 +51,23 @@ using result = std::pair<std::string, std::string>;  // outcome, state
 struct rules {
     std::u16string source;
     target to;
-    unsigned options;
+    option options;
     std::string before;
 
-    int has(unsigned bit) const { return (options & bit) != 0; }
+    int has(option one) const { return (options & one) != option::none; }
     bool to_exists() const { return to != target::missing && to != target::dangling; }
     bool to_is_file() const { return to == target::old_file || to == target::new_file; }
     result failed(std::string const& outcome) const { return {outcome, before}; }
     result expected() const {
-        if (has(16) && has(32)) return failed(invalid + "copy_symlinks & skip_symlinks" + together);
-        if (has(1) + has(2) + has(4) > 1) return failed(rejected);
+        if (has(keep_links) && has(skip_links))
+            return failed(invalid + "copy_symlinks & skip_symlinks" + together);
+        if (has(overwrite) + has(skip) + has(update) > 1) return failed(rejected);
         if (source == u"missing") return failed("PathNotFound");
         if (source == u"fifo") return failed("InvalidArgument \"Unsupported file type\"");
         if (source == u"file") return file("file");
         if (source == u"directory") return directory("directory");
-        if (has(16)) return link(utf8(read_symlink(source)));
-        if (has(32) || source == u"to link") return {"ok", before};
+        if (has(keep_links)) return link(utf8(read_symlink(source)));
+        if (has(skip_links) || source == u"to link") return {"ok", before};
         if (source == u"dangling") return failed("PathNotFound [dangling]");
         return source == u"to file" ? file("file") : directory("directory");
     }
@@ -91,9 +77,9 @@ struct rules {
         return {"ok", "link " + text};
     }
     result file(std::string const& from) const {
-        if (has(2)) return to_exists() ? result{"ok", before} : content(from, false);
-        if (has(4)) return to == target::new_file ? result{"ok", before} : content(from, true);
-        return has(64) ? link(from) : content(from, has(1) != 0);
+        if (has(skip)) return to_exists() ? result{"ok", before} : content(from, false);
+        if (has(update)) return to == target::new_file ? result{"ok", before} : content(from, true);
+        return has(make_links) ? link(from) : content(from, has(overwrite) != 0);
     }
     result content(std::string const& from, bool replace) const {
         if (to == target::missing || (to_is_file() && replace)) return {"ok", "source"};
@@ -102,41 +88,37 @@ struct rules {
         return {"ok", before};  // through the dangling link
     }
     result directory(std::string const& from) const {
-        if (has(64)) return link(from);
-        if (has(8) == 0 && to == target::missing) return {"ok", "directory of nothing"};
-        if (has(8) == 0 && to == target::directory) return {"ok", before};
-        bool const may_exist = has(8) != 0 && has(1) + has(2) + has(4) != 0;
+        if (has(make_links)) return link(from);
+        if (has(recursive) == 0 && to == target::missing) return {"ok", "directory of nothing"};
+        if (has(recursive) == 0 && to == target::directory) return {"ok", before};
+        bool const may_exist = has(recursive) != 0 && has(overwrite) + has(skip) + has(update) != 0;
         if (to == target::dangling || (to_exists() && !may_exist))
             return failed("FileExistsError [to]");
         if (to_is_file())
-            return failed(has(4) ? "NotDirectoryError" : "NotDirectoryError [" + from + "/f]");
-        return {"ok", to == target::missing || has(2) == 0 ? "directory of source" : before};
+            return failed(has(update) ? "NotDirectoryError" : "NotDirectoryError [" + from + "/f]");
+        return {"ok", to == target::missing || has(skip) == 0 ? "directory of source" : before};
     }
 };
 
 TEST_F(Copy, FollowsTheRulesForAllOptions) {
-    file(u"file", "source", 1000);
-    scratch.directory(u"directory");
-    file(u"directory/f", "source", 1000);
-    scratch.link(u"to file", "file");
-    scratch.link(u"to dir", "directory");
-    scratch.link(u"to link", "to file");
-    scratch.link(u"dangling", "nowhere");
-    must(::mkfifo("fifo", 0600) == 0);
+    scratch.make({"directory/", "to file -> file", "to dir -> directory", "to link -> to file",
+                  "dangling -> nowhere", "fifo|"});
+    for (char16_t const* const name : {u"file", u"directory/f"}) file(name, "source", 1000);
     for (std::u16string const source : {u"missing", u"file", u"directory", u"to file", u"to dir",
                                         u"dangling", u"to link", u"fifo"})
         for (target const to : {target::missing, target::old_file, target::new_file,
                                 target::directory, target::dangling})
-            for (unsigned options = 0; options != 256; ++options) {
+            for (unsigned bits = 0; bits != 256; ++bits) {
+                auto const options = static_cast<option>(bits);
                 std::filesystem::remove_all("to");
                 std::filesystem::remove("elsewhere");
                 if (to == target::old_file) file(u"to", "old", 999);
                 if (to == target::new_file) file(u"to", "new", 1000);
-                if (to == target::directory) scratch.directory(u"to"), file(u"to/f", "old", 999);
-                if (to == target::dangling) scratch.link(u"to", "elsewhere");
+                if (to == target::directory) scratch.make({"to/"}), file(u"to/f", "old", 999);
+                if (to == target::dangling) scratch.make({"to -> elsewhere"});
                 auto const [outcome, after] = rules{source, to, options, state(u"to")}.expected();
-                SCOPED_TRACE(utf8(source) + ' ' + std::to_string(options));
-                EXPECT_OUTCOME(copy(source, u"to", static_cast<copy_option>(options)), outcome);
+                SCOPED_TRACE(utf8(source) + ' ' + std::to_string(bits));
+                EXPECT_OUTCOME(copy(source, u"to", options), outcome);
                 ASSERT_EQ(state(u"to"), after) << static_cast<int>(to);
             }
 }
@@ -146,10 +128,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     std::string const bad_link = "InvalidArgument \"Target of the symbolic link does not exist\"";
     std::string const missing = "PathNotFound [missing]",
                       unsupported = "SystemError [f] [p] ENOSYS";
-    for (char16_t const* const name : {u"f", u"g"}) file(name, "");
-    scratch.directory(u"d");
-    scratch.link(u"bad", "\xFF");
-    must(::mkfifo("p", 0600) == 0);
+    scratch.make({"f", "g", "d/", "bad -> \xFF", "p|"});
     expect(LIFT(copy), row(u"", u"f", empty), row(u"f", u"", empty), row(u"bad", u"x", bad_link),
            row(u"f//", u"g//", "FileExistsError [g]"),
            row(std::u16string(u"f\0", 2), u"x", "InvalidArgument \"\" [f\\0]"));
@@ -161,11 +140,10 @@ TEST_F(Copy, ReportsThePathAtFault) {
            row(u"p", u"x", "SystemError [p] [x] ENOSYS"), row(u"f", u"p", "FileExistsError [p]"));
     expect(copy_file_with(overwrite), row(u"f", u"d", "FileIsDirectory [f]"),
            row(u"f", u"p", unsupported));
-    expect(copy_file_with(copy_option::update_existing), row(u"missing", u"g", missing),
-           row(u"f", u"p", unsupported));
+    expect(copy_file_with(update), row(u"missing", u"g", missing), row(u"f", u"p", unsupported));
     expect(LIFT(copy_directory), row(u"f", u"", empty), row(u"missing//", u"x", missing),
            row(u"d//", u"f//", "FileExistsError [f]"));
-    auto const contradictory = overwrite | copy_option::skip_existing;
+    auto const contradictory = overwrite | skip;
     expect(copy_with(contradictory), row(u"missing", u"x", rejected));
     expect(copy_file_with(contradictory), row(u"missing", u"x", rejected));
     must(::chmod("d", 0555) == 0 && ::chmod("g", 0) == 0);
@@ -176,14 +154,13 @@ TEST_F(Copy, ReportsThePathAtFault) {
 }
 
 TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
-    file(u"f", "precious");
+    scratch.make({"f: precious", "link -> f"});
     must(::link("f", "hard") == 0);
-    scratch.link(u"link", "f");
     for (std::u16string const name : {u"f", u"hard", u"link"}) {
         std::string const refused = "FileExistsError [" + utf8(name) + "]";
         expect(copy_file_with(overwrite), row(u"f", name, refused));
         expect(copy_with(overwrite), row(u"f", name, refused));
-        EXPECT_OUTCOME(copy_file(name, u"f", copy_option::update_existing), "ok");
+        EXPECT_OUTCOME(copy_file(name, u"f", update), "ok");
         EXPECT_EQ(scratch.content(u"f"), "precious");
     }
 }
@@ -191,20 +168,19 @@ TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
 TEST_F(Copy, CopiesBytesAndPermissions) {
     std::string bytes;
     for (unsigned i = 0; i < 300'000; ++i) bytes += static_cast<char>(i * i >> 3);
-    scratch.file(u"f", bytes);
+    scratch.make({"f: " + bytes});
     must(::chmod("f", 0640) == 0);
     expect(copy_file_with(overwrite), row(u".//f", u"\u6F22", "ok"));
     EXPECT_EQ(scratch.content(u"\u6F22"), bytes);
     EXPECT_EQ(status(u"\u6F22").permissions, 0640u);
-    scratch.directory(u"d", 0750);
+    must(::mkdir("d", 0700) == 0 && ::chmod("d", 0750) == 0);
     expect(LIFT(copy_directory), row(u"d", u"made", "ok"));  // for the path it exists: no error
     EXPECT_EQ(status(u"made").permissions, 0750u);
 }
 
 TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
     environment_guard const home("HOME", scratch.path8().c_str());
-    scratch.link(u"l", "~/x//y");
-    file(u"f", "");
+    scratch.make({"l -> ~/x//y", "f"});
     EXPECT_OUTCOME(copy_symlink(u"l", u"copy"), "ok");
     EXPECT_OUTCOME(copy_symlink(upath(u"~/l"), upath(u"~/other")), "ok");
     EXPECT_EQ(state(u"copy") + state(u"other"), "link ~/x//ylink ~/x//y");
@@ -215,11 +191,7 @@ TEST_F(Copy, SymlinkKeepsTheTextOfTheLink) {
 }
 
 TEST_F(Copy, RefusesToCopyATreeIntoItself) {
-    scratch.directory(u"d");
-    scratch.directory(u"d/sub");
-    file(u"d/f", "");
-    scratch.link(u"to d", "d");
-    scratch.link(u"to sub", "d/sub");
+    scratch.make({"d/", "d/sub/", "d/f", "to d -> d", "to sub -> d/sub"});
     auto const tree = copy_with(recursive | overwrite);
     for (std::u16string const to :
          {u"d", u"d/sub", u"d/x/y", u"to sub", u"to sub/x", u"to d/./x", u"x/../d/y",
@@ -230,21 +202,20 @@ TEST_F(Copy, RefusesToCopyATreeIntoItself) {
     }
     expect(tree, row(u"d", u"d/../e", "ok"), row(u"d", u"dd", "ok"),
            row(u"d", u"x/y/../../e2", "ok"), row(u"d/sub", u"d/e", "ok"));
-    scratch.directory(u"z");
-    scratch.link(u"z/sub", "../d/sub");  // below the target, a link to what is copied there
+    scratch.make({"z/", "z/sub -> ../d/sub"});  // below the target, a link to what is copied there
     expect(tree, row(u"d", u"z", "InvalidArgument \"\" [d/sub] [z/sub]"));
     // A link's text is looked up as a name, but its tilde is expanded when the directory is listed.
     environment_guard const home("HOME", scratch.path8().c_str());
     std::filesystem::create_directories("~/d");
     for (std::string const& back : {scratch.path8() + "/d", std::string("~/d")}) {
-        scratch.link(u"d/sub/back", back);
+        scratch.make({"d/sub/back -> " + back});
         EXPECT_OUTCOME(copy(u"d", u"y", recursive), "SystemError [d/sub/back] ELOOP");
         for (char const* const name : {"d/sub/back", "y"}) std::filesystem::remove_all(name);
     }
     // Nor into what is above the target, is the target, or was made for it.
-    scratch.directory(u"elsewhere");
+    scratch.make({"elsewhere/"});
     for (std::string const meets : {"elsewhere", "elsewhere/x", "elsewhere/x/y"}) {
-        scratch.link(u"d/out", scratch.path8() + '/' + meets);
+        scratch.make({"d/out -> " + scratch.path8() + '/' + meets});
         EXPECT_OUTCOME(copy(u"d", u"elsewhere/x/y", recursive),
                        "InvalidArgument \"\" [@/" + meets + "] [elsewhere/x/y/out]");
         std::filesystem::remove_all("elsewhere/x");
@@ -278,21 +249,19 @@ TEST_F(Copy, KeepsSetIdBitsOnlyForTheSameOwner) {
 }
 
 TEST_F(Copy, CallsItsObserverBeforeEachEntry) {
-    for (char16_t const* const name : {u"t", u"t/\u00E9", u"t/\u00E9/d"}) scratch.directory(name);
-    file(u"t/a", "123");
-    file(u"t/\u00E9/\u6F22", "45");
-    scratch.link(u"t/l", "no/where");
-    constexpr auto tree = recursive | copy_option::copy_symlinks;
+    scratch.make(
+        {"t/", "t/\u00E9/", "t/\u00E9/d/", "t/a: 123", "t/\u00E9/\u6F22: 45", "t/l -> no/where"});
+    constexpr auto tree = recursive | keep_links;
     std::vector<std::pair<std::u16string, std::u16string>> entries;
     std::uint64_t bytes = 0;
     copy(u"t", u"whole", tree, [&](copy_step const& step) {
-        EXPECT_TRUE(step.entries == entries.size() && step.bytes == bytes);
+        EXPECT_EQ(joined(step.entries, step.bytes), joined(entries.size(), bytes));
         EXPECT_EQ(step.what.type, symlink_status(step.from).type);
         entries.emplace_back(step.from, u"part" + step.to.substr(5));
         bytes += step.what.type == file_status::regular_file ? step.what.size : 0;
         return true;
     });
-    EXPECT_TRUE(bytes == 5 && entries.size() == 6);
+    EXPECT_EQ(joined(entries.size(), bytes), "6|5|");
     for (std::size_t last = 0; last != entries.size(); ++last) {
         auto const& [from, to] = entries[last];
         EXPECT_EQ(state(u"whole" + to.substr(4)), state(from));

@@ -1,18 +1,7 @@
 // Listings of real directories.
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <iterator>
 #include <set>
-#include <string>
 
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {
@@ -20,7 +9,6 @@ namespace {
 
 using namespace test_support;  // tests/support
 
-constexpr auto must = &scratch_dir::must;
 using recursive = recursive_directory_iterator;
 using option = directory_option;
 using lines = std::multiset<std::string>;
@@ -55,12 +43,9 @@ class Directory : public table_test {
 protected:
     /// Names of many kinds in `d`, two of them not UTF-8.
     Directory() {
-        for (std::string const dir : {"", "/s", "/s/t", "/\xFF", "/\xFF/\xC3\xA9", "/~root"})
-            must(::mkdir(("d" + dir).c_str(), 0755) == 0);
-        for (std::string const file : {"s/f", "s/t/f", "\xFF/f", "a\xFFz", "\n\x7F", "..."})
-            must(::mknod(("d/" + file).c_str(), S_IFREG | 0644, 0) == 0);
-        must(::symlink("s", "d/l") == 0 && ::symlink("x", "d/dangling") == 0);
-        must(::symlink(".../x", "d/x") == 0);
+        scratch.make({"d/", "d/s/", "d/s/t/", "d/\xFF/", "d/\xFF/\xC3\xA9/", "d/~root/", "d/s/f",
+                      "d/s/t/f", "d/\xFF/f", "d/a\xFFz", "d/\n\x7F", "d/...", "d/l -> s",
+                      "d/dangling -> x", "d/x -> .../x"});
     }
 };
 
@@ -74,22 +59,61 @@ TEST_F(Directory, ListsWhatStdLists) {
         walked(std_recursive("d", std::filesystem::directory_options::follow_directory_symlink)));
     directory_iterator it(upath(u"/")), other = it;
     upath const first = (*it++).path();
-    EXPECT_TRUE(first.parent_path() == upath(u"/") && first != other->path() &&
-                !first.expand_tilde());
+    EXPECT_EQ(joined(first.parent_path(), first != other->path(), first.expand_tilde()),
+              "/|yes|no|");
 }
 
 TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
-    lines outcomes;
-    auto const ask = [&](auto question) { outcomes.insert(outcome(scratch.path8(), question)); };
-    for (directory_entry const& entry : directory_iterator(u"d//")) {
-        if (entry.has_path()) continue;
-        ask([&] { return entry.path(); });
-        ask([&] { return entry.status().type == entry.type(); });
-        ask([&] { return entry.file_size(); });
+    for (auto const options : {option::none, option::read_status}) {
+        lines outcomes;
+        auto const ask = [&](auto question) {
+            outcomes.insert(outcome(scratch.path8(), question));
+        };
+        for (directory_entry const& entry : directory_iterator(u"d//", options)) {
+            if (entry.has_path()) continue;
+            ask([&] { return entry.path(); });
+            ask([&] { return entry.status().type == entry.type(); });
+            ask([&] { return entry.file_size(); });
+            EXPECT_EQ(entry.native_path(), "d/" + entry.native_name());
+        }
+        EXPECT_EQ(outcomes, (lines{"InvalidArgument \"Invalid UTF-8\" [d/\uFFFD]", "yes",
+                                   "FileIsDirectory [d/\uFFFD]",
+                                   "InvalidArgument \"Invalid UTF-8\" [d/a\uFFFDz]", "yes", "0"}));
     }
-    EXPECT_EQ(outcomes, (lines{"InvalidArgument \"Invalid UTF-8\" [d/\uFFFD]", "yes",
-                               "FileIsDirectory [d/\uFFFD]",
-                               "InvalidArgument \"Invalid UTF-8\" [d/a\uFFFDz]", "yes", "0"}));
+}
+
+TEST_F(Directory, EntriesAnswerTheSameHoweverTheyKnow) {
+    auto const answers = [&](directory_entry const& entry) {
+        std::string all = path_of(entry) + ' ' + entry.native_name() + ' ' + entry.native_path();
+        auto const add = [&](auto question) { all += ' ' + outcome(scratch.path8(), question); };
+        auto const ticks = [](auto const& time) { return time.time_of_day().ticks(); };
+        add([&] { return entry.type(); });
+        add([&] { return entry.status().type; });
+        add([&] { return entry.symlink_status().size; });
+        add([&] { return entry.is_directory(); });
+        add([&] { return entry.is_regular_file(); });
+        add([&] { return entry.file_size(); });
+        add([&] { return ticks(entry.last_write_time()); });
+        return all;
+    };
+    lines by_listing, by_status, by_path;
+    for (directory_entry const& entry : recursive(u"d")) {
+        if (!entry.has_path()) continue;
+        by_listing.insert(answers(entry));
+        by_path.insert(answers(directory_entry(entry.path())));
+    }
+    for (directory_entry const& entry : recursive(u"d", option::read_status))
+        if (entry.has_path()) by_status.insert(answers(entry));
+    EXPECT_EQ(by_status, by_listing);
+    EXPECT_EQ(by_path, by_listing);
+    auto const type = [](auto const& p) { return directory_entry(p).type(); };
+    std::string const absent = std::to_string(file_status::file_not_found);
+    expect(type, row(u"d//", std::to_string(file_status::directory_file)), row(u"", absent),
+           row(u"missing", absent), row(u".../x", absent),
+           row(u"d/.../x", "NotDirectoryError [d/.../x]"),
+           row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
+    EXPECT_EQ(answers(directory_entry()), answers(directory_entry(u"")));
+    EXPECT_EQ(directory_entry(u"/").native_name(), "/");
 }
 
 TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
@@ -102,16 +126,40 @@ TEST_F(Directory, ReportsOrSkipsWhatCannotBeListed) {
            row(u"d//x//", "NotDirectoryError [d/x]"));
     expect(with(option::none), row(u"", empty),
            row(std::u16string(u"d\0x", 3), "InvalidArgument \"\" [d\\0x]"));
-    scratch.directory(u"d/s/closed", 0);
+    scratch.make({"open/", "d/names/", "d/names/f"});
+    must(::mkdir("d/s/closed", 0) == 0 && ::chmod("open", 0777) == 0 &&
+         ::chmod("d/names", 0444) == 0);
     as_unprivileged_child([&] {
+        std::error_code code;  // of Boost's listing
+        attempt(code, [] { copy(u"d/s/closed", u"open/n", copy_option::recursive); });
+        EXPECT_EQ(code, std::errc::permission_denied);
         expect(with(option::none), row(u"d//s", "AccessDenied [d/s/closed]"));
         expect(with(option::skip_permission_denied), row(u"d//s", "4"), row(u"d/s/closed", "0"));
+        lines reported;
+        auto const goes_on = [&](FsysExceptionBase const& error) {
+            reported.insert(describe(error));
+            return true;
+        };
+        EXPECT_EQ(std::distance(recursive(u"d/s", option::none, goes_on), {}), 4);
+        EXPECT_TRUE(directory_iterator(u"d/s/closed", option::none, goes_on) ==
+                    directory_iterator());
+        EXPECT_EQ(reported.count("permission denied: d/s/closed"), 2u);
+        auto const refuse = [](FsysExceptionBase const&) { return false; };
+        auto const fail = [](FsysExceptionBase const&) { return throw std::string("own"), true; };
+        recursive refused(u"d/s", option::none, refuse), failed(u"d/s", option::none, fail);
+        EXPECT_OUTCOME(void(std::advance(refused, 4)), "AccessDenied [d/s/closed]");
+        EXPECT_THROW(std::advance(failed, 4), std::string);
+        EXPECT_TRUE(refused == recursive() && failed == recursive());
+        // A directory that may be read and not searched has names without a status.
+        for (directory_entry const& entry : directory_iterator(u"d/names", option::read_status)) {
+            EXPECT_OUTCOME(entry.is_regular_file(), "yes");
+            EXPECT_OUTCOME(entry.file_size(), "AccessDenied [d/names/f]");
+        }
     });
 }
 
 TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
-    scratch.link(u"d/s/t/up", "..");
-    scratch.link(u"d/s/u", "t");  // a sibling, so not open at that time
+    scratch.make({"d/s/t/up -> ..", "d/s/u -> t"});  // u: a sibling, so not open at that time
     EXPECT_EQ(walked(recursive(u"d/s", option::follow_directory_symlinks)),
               (lines{"d/s/f 0f", "d/s/t 0d", "d/s/t/f 1f", "d/s/t/up 1dl", "d/s/u 0dl",
                      "d/s/u/f 1f", "d/s/u/up 1dl"}));
@@ -120,7 +168,7 @@ TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
         names.insert(entry.native_name());
         if (entry.native_name() != "t") continue;
         std::filesystem::remove_all("d/s/t");
-        scratch.link(u"d/s/t", "..");
+        scratch.make({"d/s/t -> .."});
     }
     EXPECT_EQ(names, (lines{"f", "t", "u"}));
 }

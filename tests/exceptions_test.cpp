@@ -1,17 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <cstring>
 #include <locale>
-#include <string>
+#include <new>
+#include <stdexcept>
 #include <thread>
 #include <typeinfo>
-#include <vector>
 
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception_ptr.hpp>
 
-#include <ko/filesystem.hpp>
+#include "support/files.hpp"
 
 namespace ko::filesystem {
 namespace {
@@ -19,33 +16,31 @@ namespace {
 using strings = std::vector<std::u16string>;
 
 template <class Error>
-void check(Error const& error, std::string const& name, int kind, std::u16string const& path,
-           strings const& arguments = {}, int number = 0) {
+void check(Error const& error, std::string const& name, int kind, int code,
+           std::u16string const& path, strings const& arguments = {}, int number = 0) {
     Error const copy(error);
     EXPECT_EQ(copy.message_id(), "ko:filesystem:" + name);
     EXPECT_TRUE(kind == 1 || error.what() == copy.message_id()) << name;
     EXPECT_EQ(copy.kind(), kind) << name;
+    EXPECT_EQ(copy.code(), std::error_code(code, std::system_category())) << name;
     EXPECT_EQ(copy.path(), path) << name;
     EXPECT_EQ(copy.arguments(), arguments) << name;
     EXPECT_EQ(copy.system_error_number(), number) << name;
 }
 
 TEST(Exceptions, CarryWhatTheyWereMadeWith) {
-    check(InvalidArgument("m", u"p", {u"a", u"b"}), "InvalidArgument", 1, u"p", {u"a", u"b"});
-    check(InvalidOperation(), "InvalidOperation", 2, u"");
-    check(FileNameTooLarge(u"p"), "FileNameTooLarge", 3, u"p");
-    check(AccessDenied(u"p"), "AccessDenied", 6, u"p");
-    check(PathNotFound(u"p"), "PathNotFound", 7, u"p");
-    check(NotDirectoryError(u"p"), "NotDirectoryError", 8, u"p");
-    check(DirectoryNotEmpty(u"p"), "DirectoryNotEmpty", 9, u"p");
-    check(FileIsDirectory(u"p"), "FileIsDirectory", 10, u"p");
-    check(FileExistsError(u"p"), "FileExistsError", 11, u"p");
-    check(SystemError(u"p", {u"q"}, 5), "SystemError", 13, u"p", {u"q"}, 5);
+    check(InvalidArgument("m", u"p", {u"a", u"b"}), "InvalidArgument", 1, EINVAL, u"p",
+          {u"a", u"b"});
+    check(InvalidOperation(), "InvalidOperation", 2, ENOSYS, u"");
+    check(FileNameTooLarge(u"p"), "FileNameTooLarge", 3, ENAMETOOLONG, u"p");
+    check(AccessDenied(u"p"), "AccessDenied", 6, EACCES, u"p");
+    check(PathNotFound(u"p"), "PathNotFound", 7, ENOENT, u"p");
+    check(NotDirectoryError(u"p"), "NotDirectoryError", 8, ENOTDIR, u"p");
+    check(DirectoryNotEmpty(u"p"), "DirectoryNotEmpty", 9, ENOTEMPTY, u"p");
+    check(FileIsDirectory(u"p"), "FileIsDirectory", 10, EISDIR, u"p");
+    check(FileExistsError(u"p"), "FileExistsError", 11, EEXIST, u"p");
+    check(SystemError(u"p", {u"q"}, EIO), "SystemError", 13, EIO, u"p", {u"q"}, EIO);
 }
-
-struct grouping : std::numpunct<char> {
-    std::string do_grouping() const override { return "\1"; }
-};
 
 TEST(Exceptions, InvalidArgumentShowsMessageAndEscapedPath) {
     struct {
@@ -57,22 +52,42 @@ TEST(Exceptions, InvalidArgumentShowsMessageAndEscapedPath) {
         {"m", u" /\u00E9~\x7F", ": m: { /\\u00E9~\x7F}"},
         {"", u"\t\x1F\x80\xD83D\xDE00\uFFFF", ": {\\u0009\\u001F\\u0080\\uD83D\\uDE00\\uFFFF}"},
     };
-    std::locale const before = std::locale::global(std::locale(std::locale(), new grouping));
     for (auto const& row : rows) {
         InvalidArgument const error(row.message, row.path, {u"not shown"});
         for (int call = 1; call <= 2; ++call)
             EXPECT_EQ(error.what(), std::string("ko:filesystem:InvalidArgument") + row.text);
     }
-    std::locale::global(before);
 }
 
 TEST(Exceptions, AreDescribedInOneLine) {
-    std::u16string const bad = u"\n\x7F\x85\u2028\u202E" + std::u16string(1, char16_t{0xD83D});
-    std::string const bad8 = R"(\u000A\u007F\u0085\u2028\u202E\uD83D)";
+    std::u16string bad;
+    std::string bad8;
+    for (std::string const code :
+         {"0000", "000A", "001F", "007F", "0085", "009F", "061C", "200E", "200F", "2028", "2029",
+          "202A", "202B", "202C", "202D", "202E", "2066", "2067", "2068", "2069", "D83D"}) {
+        bad += static_cast<char16_t>(std::stoi(code, nullptr, 16));
+        bad8 += "\\u" + code;
+    }
     EXPECT_EQ(describe(PathNotFound(u"\u6F22 \xD83D\xDE00")), "cannot find \u6F22 \U0001F600");
     EXPECT_EQ(describe(InvalidArgument("a\r\xFF", bad, {})), "a\\u000D\uFFFD: " + bad8);
     EXPECT_EQ(describe(InvalidArgument("", u"p", {bad})), "invalid argument: p, " + bad8);
     EXPECT_EQ(describe(SystemError(u"p", {u""}, ELOOP)), std::strerror(ELOOP) + std::string(": p"));
+    std::runtime_error const foreign("a\n\xFF");
+    PathNotFound const own(u"p");
+    for (std::exception const* error : {static_cast<std::exception const*>(&foreign), {&own}})
+        EXPECT_EQ(describe(*error), error == &own ? "cannot find p" : "a\\u000A\uFFFD");
+}
+
+TEST(Exceptions, BecomeErrorCodes) {
+    std::error_code code(EIO, std::generic_category());
+    EXPECT_TRUE(attempt(code, [] { return exists(u"/"); }) && !code);
+    EXPECT_EQ(attempt(code, [] { return file_size(u"/"); }), 0u);
+    EXPECT_EQ(code, std::error_code(EISDIR, std::system_category()));
+    auto const from_std = std::make_error_code(std::errc::value_too_large);
+    attempt(code, [&] { throw std::filesystem::filesystem_error("", from_std); });
+    EXPECT_EQ(code, from_std);
+    EXPECT_THROW(attempt(code, [] { throw std::bad_alloc(); }), std::bad_alloc);
+    EXPECT_THROW(attempt(code, [] { throw SystemError(u"", {}, 0); }), SystemError);
 }
 
 // With some compilers Boost captures any exception: the type shows that the library threw it in the
@@ -91,7 +106,7 @@ TEST(Exceptions, AreCapturedWithTheirClass) {
     try {
         boost::rethrow_exception(captured);
     } catch (InvalidArgument const& error) {
-        check(error, "InvalidArgument", 1, u"/", {u""});
+        check(error, "InvalidArgument", 1, EINVAL, u"/", {u""});
         EXPECT_EQ(typeid(error), typeid(boost::enable_current_exception(error)));
     }
 }

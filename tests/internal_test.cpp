@@ -1,14 +1,16 @@
-// Internal functions of the status reader.
+// Internal functions of the status reader, and times.
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
+#include <chrono>
 #include <limits>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
+#include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/time.hpp>
+
+#include "support/files.hpp"
 
 namespace ko::filesystem::detail {
 namespace {
@@ -19,8 +21,6 @@ TEST(Status, HasEveryType) {
         EXPECT_EQ(translated_type(bits << 12 | 07777), known ? bits << 12 : 0) << bits;
     }
 }
-
-TEST(Status, NeedsACall) { EXPECT_THROW(status_from_stat({}), boost::bad_function_call); }
 
 TEST(Status, SaturatesTimes) {
     boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
@@ -40,6 +40,32 @@ TEST(Status, SaturatesTimes) {
         EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), static_cast<long>(microseconds * 1000)}),
                   time)
             << seconds;
+}
+
+TEST(Time, IsConvertedToThatOfTheClockAndBack) {
+    using clock = std::chrono::system_clock;
+    using filesystem::to_ptime;
+    using std::chrono::microseconds;
+    constexpr bool has_nanoseconds = clock::period::den > 1'000'000;  // libc++'s does not
+    auto const last = std::chrono::floor<microseconds>(clock::duration::max()).count();
+    for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last, last}) {
+        if (!has_nanoseconds && std::abs(count) == last) continue;
+        clock::time_point const time(microseconds{count});
+        EXPECT_EQ(julian_microseconds(to_ptime(time)), julian_microseconds_of_epoch + count);
+        EXPECT_EQ(to_time_point(to_ptime(time)), time);
+        auto const within = clock::duration(has_nanoseconds && count != last ? 999 : 0);
+        EXPECT_EQ(to_ptime(time + within), to_ptime(time));
+    }
+    auto const is_refused = [](auto convert, auto const& time) {
+        EXPECT_THROW(static_cast<void>(convert(time)), InvalidArgument);
+    };
+    is_refused(to_time_point, boost::posix_time::ptime());
+    if constexpr (has_nanoseconds) {
+        is_refused(to_time_point, ptime_of(last + 1));
+        is_refused(to_time_point, ptime_of(-last - 1));
+    } else {
+        EXPECT_THROW(static_cast<void>(to_ptime(clock::time_point::max())), InvalidArgument);
+    }
 }
 
 }  // namespace

@@ -1,20 +1,10 @@
 // Deep trees, and many threads.
 
-#include <gtest/gtest.h>
-
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <exception>
-#include <iterator>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {
@@ -29,7 +19,7 @@ TEST_F(Limits, OfATreesDepth) {
     create_directories(path);
     test_support::as_unprivileged_child([&] {
         ::rlimit const few{100, 100};
-        test_support::scratch_dir::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
+        test_support::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
         int const last = ::dup(0);
         recursive_directory_iterator it(scratch / u"deep");  // stays alive, with nothing open
         for (std::string const& outcome :

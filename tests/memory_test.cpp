@@ -1,28 +1,18 @@
-#include <cerrno>
-#include <cstddef>
-#include <functional>
-#include <iterator>
 #include <new>
-#include <string>
 
-#include <gtest/gtest.h>
-
-#include <ko/filesystem.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
 
 #include "support/allocations.hpp"
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
-
+namespace ko::filesystem::memory_test {
 using namespace detail;
+using namespace test_support;  // tests/support
 
 std::u16string const long_text = u"/a/text/longer/than/the/buffer/of/a/string.txt";
 std::u16string const long_name = u"a-name-longer-than-the-buffer-of-a-string";
 
-struct Memory : test_support::scratch_test {};
+struct Memory : scratch_test {};
 
 TEST_F(Memory, IsTakenForResultsOnly) {
     std::u16string const file = scratch.file(long_name), many = scratch.directory(u"many");
@@ -30,7 +20,7 @@ TEST_F(Memory, IsTakenForResultsOnly) {
     for (char16_t name = 0x4E00; name < 0x4E00 + 1000; ++name)
         scratch.file(u"many/" + std::u16string(1, name));
     auto const count = [](auto action) {
-        test_support::allocation_watch const watch;
+        allocation_watch const watch;
         return action(), watch.allocations;
     };
     EXPECT_EQ(count([&] {
@@ -45,47 +35,38 @@ TEST_F(Memory, IsTakenForResultsOnly) {
 }
 
 TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
-    test_support::environment_guard const home("HOME", "/a/home/that/is/longer/than/the/buffer");
-    std::u16string const first_element = u"e";
-    std::u16string p = long_name, element = first_element;
+    environment_guard const home("HOME", "/a/home/that/is/longer/than/the/buffer");
+    std::u16string p, element;
     std::size_t position = 0;
-    std::u16string const addition = std::u16string(u"x//").append(long_name);
-    std::u16string const walked = std::u16string(u"e/").append(long_name);
-    struct {
-        int least;
-        std::function<void()> action;
-    } const rows[] = {
-        {1, [&] { concatenate_pathname(p, addition, false); }},
-        {2, [&] { concatenate_pathname(p, u"~", true); }},  // and is then refused
-        {1, [&] { replace_extension(p, long_name); }},
-        {1, [&] { move_down(walked, 0, position, element); }},
-        {2, [&] { make_native_form(u"~//x", true); }},
-        {1, [&] { to_filesystem(std::u16string(1500, u'\u00E9')); }},
-        {1, [&] { from_filesystem(std::string(1500, '\xE9')); }},
-    };
-    for (auto const& row : rows) {
-        p = std::u16string(long_name), element = first_element, position = 0;
+    std::u16string const addition = u"x//" + long_name, walked = u"e/" + long_name;
+    auto const check = [&](int least, auto action, int line = __builtin_LINE()) {
+        p = std::u16string(long_name), element = u"e", position = 0;
         int failing = 1;
         auto const attempt = [&] {
-            test_support::allocation_watch const watch(failing);
-            row.action();
+            allocation_watch const watch(failing);
+            action();
         };
-        for (; test_support::outcome("@", attempt) == "std: std::bad_alloc"; ++failing) {
-            EXPECT_EQ(p, long_name);
-            EXPECT_EQ(element, first_element);
-            EXPECT_EQ(position, 0u);
-            EXPECT_EQ(to_filesystem(u"\u00E9"), "\xC3\xA9");
-            EXPECT_EQ(from_filesystem("\xC3\xA9"), u"\u00E9");
+        for (; outcome("@", attempt) == "std: std::bad_alloc"; ++failing) {
+            EXPECT_EQ(
+                joined(p, element, position, to_filesystem(u"\u00E9"), from_filesystem("\u00E9")),
+                joined(long_name, u"e", 0, "\u00E9", u"\u00E9"));
         }
-        EXPECT_GT(failing, row.least) << "row " << &row - rows;
-    }
+        EXPECT_GT(failing, least) << "row in line " << line;
+    };
+    check(1, [&] { concatenate_pathname(p, addition, false); });
+    check(2, [&] { concatenate_pathname(p, u"~", true); });  // and is then refused
+    check(1, [&] { replace_extension(p, long_name); });
+    check(1, [&] { move_down(walked, 0, position, element); });
+    check(2, [&] { make_native_form(u"~//x", true); });
+    check(1, [&] { to_filesystem(std::u16string(1500, u'\u00E9')); });
+    check(1, [&] { from_filesystem(std::string(1500, '\xE9')); });
 }
 
 TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     InvalidArgument const error("a message that needs memory", u"", {});
     auto const describe = [&] {
-        test_support::allocation_watch const first_one_fails(1);
+        allocation_watch const first_one_fails(1);
         static_cast<void>(error.what());
     };
     EXPECT_DEATH(describe(), "bad_alloc");
@@ -94,12 +75,11 @@ TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
 TEST_F(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
     auto const report = [] {
         std::string const path1 = "a path that needs memory \x7F\x80\xFF", path2 = "g";
-        test_support::allocation_watch const first_one_fails(1);
+        allocation_watch const first_one_fails(1);
         throw_errno_exception(EIO, path1, path2);
     };
-    EXPECT_EQ(test_support::outcome("@", report),
+    EXPECT_EQ(outcome("@", report),
               "SystemError [a path that needs memory \x7F\uFF80\uFFFF] [g] EIO");
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::memory_test

@@ -1,23 +1,12 @@
 // Every operation except copies and listings, on real files. Each test runs with texts and with paths.
 
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstdint>
-#include <filesystem>
 #include <sstream>
-#include <string>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 
 namespace ko::filesystem {
@@ -25,26 +14,17 @@ namespace {
 
 using namespace test_support;  // tests/support
 
-constexpr auto must = &scratch_dir::must;
-
 std::u16string const lone = std::u16string(u"x") + char16_t{0xD800};
 std::u16string const zero = std::u16string(u"d\0x", 3);
 std::string const nothing = "ffff0000 0 no time";  // the type is file_not_found
 std::string const no_path = "InvalidArgument \"Empty Path not permitted\"";
 
-/// `f` "content", `\u6F22`, `secret` 0000, `d` with `d/f` in it, `empty`, `closed` 0000, the links
-/// `l` to d, `dangling` and `loop`, and `fifo`.
 class Operations : public table_test, public ::testing::WithParamInterface<bool> {
 protected:
     Operations() {
         with_texts = GetParam(), with_paths = !GetParam();
-        for (char16_t const* const name : {u"d", u"empty", u"closed"}) scratch.directory(name);
-        for (char16_t const* const name : {u"\u6F22", u"secret", u"d/f"}) scratch.file(name);
-        scratch.file(u"f", "content");
-        scratch.link(u"l", "d");
-        scratch.link(u"dangling", "x");
-        scratch.link(u"loop", "loop");
-        must(::mkfifo("fifo", 0600) == 0);
+        scratch.make({"f: content", "\u6F22", "secret", "d/", "d/f", "empty/", "closed/", "l -> d",
+                      "dangling -> x", "loop -> loop", "fifo|"});
         must(::chmod("secret", 0) == 0 && ::chmod("closed", 0) == 0);
     }
     ~Operations() override {
@@ -70,7 +50,7 @@ std::string mode(char const* path) {
 
 /// Type and size, and "no time" if there is none.
 template <class Status>
-std::string shown(Status const& s) {
+std::string kind(Status const& s) {
     std::ostringstream out;
     out << std::hex << s.type << ' ' << s.size;
     return out.str() + (s.last_write_time.is_special() ? " no time" : "");
@@ -78,11 +58,11 @@ std::string shown(Status const& s) {
 
 TEST_P(Operations, StatusFollowsLinksOrNot) {
     auto const all = [](auto const& p) {
-        return (exists(p) ? "exists: " : "") + shown(status(p)) + ", " + shown(symlink_status(p)) +
+        return (exists(p) ? "exists: " : "") + kind(status(p)) + ", " + kind(symlink_status(p)) +
                (is_directory(p) ? " d" : "") + (is_regular_file(p) ? " f" : "") +
                (is_symlink(p) ? " l" : "");
     };
-    std::string const directory = shown(status(u"d")), absent = nothing + ", " + nothing;
+    std::string const directory = kind(status(u"d")), absent = nothing + ", " + nothing;
     expect(all, row(u"f//", "exists: 8000 7, 8000 7 f"),
            row(u"l", "exists: " + directory + ", a000 1 d l"),
            row(u"\u6F22", "exists: 8000 0, 8000 0 f"), row(u"fifo", "exists: 1000 0, 1000 0"),
@@ -95,10 +75,10 @@ TEST_P(Operations, StatusFollowsLinksOrNot) {
 
 TEST_P(Operations, StatusExpressLightTakesTheTextAsGiven) {
     environment_guard const home("HOME", scratch.path8().c_str());
-    EXPECT_OUTCOME(shown(status_express_light(u"l//f")), "8000 0");
-    EXPECT_OUTCOME(shown(status_express_light(u"f/")), "NotDirectoryError [f/]");
+    EXPECT_OUTCOME(kind(status_express_light(u"l//f")), "8000 0");
+    EXPECT_OUTCOME(kind(status_express_light(u"f/")), "NotDirectoryError [f/]");
     for (std::u16string const& absent : {zero, std::u16string(u"~/f"), std::u16string()})
-        EXPECT_OUTCOME(shown(status_express_light(absent)), nothing);
+        EXPECT_OUTCOME(kind(status_express_light(absent)), nothing);
 }
 
 TEST_P(Operations, AttributesAreReadAndSet) {
@@ -110,7 +90,7 @@ TEST_P(Operations, AttributesAreReadAndSet) {
     expect(resize(5), row(u"f//", "ok"));
     EXPECT_EQ(scratch.content(u"f"), std::string("con\0\0", 5));
     expect(resize(5'000'000'000), row(u"f", "ok"));
-    expect(resize(~0ull), row(u"f", "SystemError [f] " + std::to_string(EFBIG)));
+    expect(resize(~0ull), row(u"f", "SystemError [f] EFBIG"));
     must(::link("f", "hard") == 0);
     expect(LIFT(hard_link_count), row(u"f//", "2"), row(u"", no_path));
     expect(LIFT(file_size), row(u"f//", "5000000000"), row(u"d", "FileIsDirectory [d]"),
@@ -133,7 +113,7 @@ TEST_P(Operations, AttributesAreReadAndSet) {
         EXPECT_EQ((s.last_access_time - epoch).total_microseconds(), -1);
         EXPECT_EQ(s.last_write_time, status_express_light(u"f").last_write_time);
         EXPECT_GT(s.last_status_change_time, epoch);
-        EXPECT_TRUE(s.size == 5'000'000'000 && status_express_light(u"f").size == s.size);
+        EXPECT_EQ(joined(s.size, status_express_light(u"f").size), "5000000000|5000000000|");
     }
     expect(set(none), row(lone, "InvalidArgument \"Time not valid\""), row(u"", no_path));
     expect(get, row(u"", no_path));
@@ -178,8 +158,7 @@ TEST_P(Operations, PermissionsAreReplacedAddedOrRemoved) {
                row(u"", no_path));
 #ifdef __linux__
     // Links have no permissions on Linux.
-    std::string const unsupported = "SystemError [l] " + std::to_string(EOPNOTSUPP);
-    expect(with(0600 | bits::perms_symlink), row(u"l", unsupported));
+    expect(with(0600 | bits::perms_symlink), row(u"l", "SystemError [l] EOPNOTSUPP"));
 #endif
 }
 
@@ -188,7 +167,7 @@ TEST_P(Operations, CurrentPathIsChangedAndRead) {
            row(u"", "no"));
     EXPECT_OUTCOME(get_current_path(), "@/d");
     expect(LIFT(change_current_path), row(u"..", "yes"));
-    EXPECT_OUTCOME(detail::get_cwd_mt(), scratch.path8());
+    EXPECT_OUTCOME(detail::get_cwd_mt(), "@");
     EXPECT_OUTCOME(detail::set_cwd_mt(utf8(zero)), "InvalidArgument \"\" [d\\0x]");
 }
 
@@ -232,14 +211,13 @@ TEST_P(Operations, LinksAreCreatedAndRead) {
     expect(LIFT(create_hard_link), row(u"f//", u"h//", "ok"), row(u"dangling", u"hl", "ok"),
            row(u"", u"n", no_path), row(u"f", u"", no_path), row(u"f", u"l", "FileExistsError"));
     EXPECT_EQ(scratch.content(u"h") + mode("hl"), "contentl");
-    scratch.link(u"bad", "x\xFF");
-    scratch.link(u"tilde", "~//x");
+    scratch.make({"bad -> x\xFF", "tilde -> ~//x"});
     expect(LIFT(read_symlink), row(u"a//", "\u6F22/x"), row(u"b", ".."), row(u"c", "/h/x"),
            row(u"tilde", with_texts ? "~//x" : "/h/x"), row(u"bad", ""), row(u"", ""),
            row(u"\u6F22", "InvalidArgument \"\" [\u6F22]"));
     for (std::size_t const size : {1023u, 1024u, 3000u}) {
         std::string const text(size, 'x'), name = "long" + std::to_string(size);
-        scratch.link(utf16(name), text);
+        scratch.make({name + " -> " + text});
         expect(LIFT(read_symlink), row(utf16(name), text));
     }
 }
@@ -270,15 +248,10 @@ TEST_P(Operations, RemoveChecksTheKindOfEntry) {
 }
 
 TEST_P(Operations, RemoveAllRemovesATreeAndNothingElse) {
-    std::u16string dir = u"tree";
-    for (int level = 0; level < 30; ++level, dir += u"/d\u00E9") {
-        scratch.directory(dir);
-        scratch.directory(dir + u"/.hidden");
-        scratch.file(dir + u"/..more");
-        scratch.link(dir + u"/out", scratch.path8() + "/d");
-        scratch.link(dir + u"/up", "..");
-    }
-    must(::mkdir("tree/bad\xFF", 0755) == 0);
+    std::string dir = "tree/", out = "out -> " + scratch.path8() + "/d";
+    for (int level = 0; level < 30; ++level, dir += "d\u00E9/")
+        scratch.make({dir, dir + ".hidden/", dir + "..more", dir + out, dir + "up -> .."});
+    scratch.make({"tree/bad\xFF/"});
     expect(LIFT(remove_all), row(u"tree//", "ok"), row(u"l//", "ok"), row(u"f//", "ok"));
     EXPECT_EQ(mode("tree") + mode("l") + mode("d/f"), "nothingnothing-644");
 }
@@ -320,10 +293,7 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
         return status(other / name).last_write_time.date().year() == 2001;
     };
     for (bool const keep : {false, true}) {
-        scratch.directory(u"t");
-        scratch.file(u"t/\u00E9", "deep");
-        scratch.link(u"t/l", "\u00E9");
-        scratch.file(u"g", "flat");
+        scratch.make({"t/", "t/\u00E9: deep", "t/l -> \u00E9", "g: flat"});
         for (char const* const name : {"t/\u00E9", "t", "g"})
             must(::utimensat(AT_FDCWD, name, in_2001, 0) == 0);
         auto const move = [&](auto const& from, auto const& to) {
@@ -332,7 +302,8 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
         expect(move, row(u"t", other / u"t", "ok"), row(u"g", other / u"g", "ok"));
         EXPECT_EQ(mode("t") + mode("g"), "nothingnothing");
         EXPECT_EQ(other.content(u"t/l") + other.content(u"g"), "deepflat");
-        EXPECT_TRUE(is_old(u"t/\u00E9") == keep && is_old(u"g") == keep && !is_old(u"t"));
+        EXPECT_EQ(joined(is_old(u"t/\u00E9"), is_old(u"g"), is_old(u"t")),
+                  joined(keep, keep, false));
         remove_all(other / u"t");
         remove(other / u"g");
     }
@@ -345,18 +316,14 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
 }
 
 TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
-    other.file(u"f", "old");
-    other.directory(u"d");
-    other.file(u"d/f", "old");
+    other.make({"f: old", "d/", "d/f: old"});
     for (std::u16string const name : {u"f", u"d"})
         expect(LIFT(rename),
                row(name, other / name, "FileExistsError [" + utf8(other / name) + "]"));
     EXPECT_EQ(other.content(u"f") + other.content(u"d/f") + mode("f"), "oldold-644");
     // Below the source, by a link at the target or in it.
-    scratch.directory(u"d/e");
-    other.link(u"in", scratch.path8() + "/d/e");
-    other.directory(u"u");
-    other.link(u"u/e", scratch.path8() + "/d");
+    scratch.make({"d/e/"});
+    other.make({"in -> " + scratch.path8() + "/d/e", "u/", "u/e -> " + scratch.path8() + "/d"});
     for (std::u16string const name : {u"in", u"in/x", u"u"})
         expect(LIFT(rename),
                row(u"d", other / name, "InvalidArgument \"\" [d] [" + utf8(other / name) + "]"));
@@ -365,7 +332,7 @@ TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
 
 TEST_P(RenameAcrossFileSystems, ReportsTimesItCannotPreserve) {
     // The target of a link out of the tree has no copy.
-    scratch.link(u"empty/out", scratch.path8() + "/secret");
+    scratch.make({"empty/out -> " + scratch.path8() + "/secret"});
     EXPECT_THROW(rename(u"empty", other / u"e", preserving), std::filesystem::filesystem_error);
     EXPECT_EQ(mode("empty/out"), "l");
     // A time outside the range of a nanosecond clock is kept, unless the file system can't store it.
@@ -391,7 +358,9 @@ TEST_P(Operations, ResolveMakesPathsAbsoluteAndCanonical) {
            row(u"missing", "PathNotFound"), row(lone, "PathNotFound"),
            row(u"dangling", "PathNotFound"), row(u"f/x", "PathNotFound"),
            row(u"f", u"~/l/", "@/d/f"), row(u"", u"rel", ""), row(u"b", u"rel", bad_base),
-           row(u"f", u"/missing", "PathNotFound"), row(u"f", u"/" + lone, "PathNotFound"));
+           row(u"f", u"/missing", "PathNotFound"), row(u"f", u"/" + lone, "PathNotFound"),
+           row(lone, zero, "InvalidArgument \"\" [d\\0x]"), row(root, lone, "@"),
+           row(root, zero, "@"));
     expect(LIFT(weakly_canonical), row(u"l//f", "@/d/f"), row(root + u"/l/no/../x", "@/d/x"),
            row(u"l/no/./y", "@/d/no/y"), row(u"l/no/.", "@/d/no/."), row(u"l/no/..", "@/d"),
            row(u"l/\u6F22/x", "@/d/\u6F22/x"), row(u"f/x", "@/f/x"),
@@ -405,7 +374,8 @@ TEST_P(Operations, ResolveMakesPathsAbsoluteAndCanonical) {
     upath const tilde(u"~/l", false);
     EXPECT_EQ(absolute(tilde, upath(u"/a")), u"/a/~/l");
     EXPECT_EQ(canonical(tilde), root + u"/d");
-    EXPECT_TRUE(absolute(tilde).expand_tilde() && weakly_canonical(upath()).expand_tilde());
+    EXPECT_TRUE(absolute(tilde).expand_tilde());
+    EXPECT_TRUE(weakly_canonical(upath()).expand_tilde());
 }
 
 TEST_P(Operations, EquivalentComparesFiles) {
@@ -419,8 +389,13 @@ TEST_P(Operations, EquivalentComparesFiles) {
 }
 
 TEST_P(Operations, SpaceIsInBytes) {
-    space_info const info = space(upath(u"l/f"));
-    EXPECT_TRUE(info.available <= info.free && info.free <= info.capacity && info.capacity > 0);
+    auto const sizes = [](auto const& s) { return std::tuple(s.capacity, s.free, s.available); };
+    for (auto const system = [&] { return sizes(std::filesystem::space("d/f")); };;) {
+        auto const before = system(), own = sizes(space(upath(u"l/f")));
+        if (before != system()) continue;  // another process writes there
+        EXPECT_EQ(own, before);
+        break;
+    }
     // Failures from Boost have the low bytes of the path: U+6F22 becomes a quote.
     expect([](auto const& p) { return space(upath(p)).capacity; }, row(u"", no_path),
            row(u"m\u00E9\u6F22", "PathNotFound [m\uFFFD\"]"));

@@ -1,43 +1,23 @@
-#include <gtest/gtest.h>
-
 #include <pwd.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <ko/filesystem.hpp>
-
-#include "support/files.hpp"
 #include "support/outcome.hpp"
 #include "support/short_texts.hpp"
 
 namespace ko::filesystem::detail {
 namespace {
 
-using ko::filesystem::test_support::environment_guard;
-using ko::filesystem::test_support::for_each_text;
-using ko::filesystem::test_support::utf8;
+using namespace ko::filesystem::test_support;  // tests/support
 
 using text = std::u16string;
 using byte_traits = path_traits<char, char>;
 
-struct PathText : ko::filesystem::test_support::scratch_test {
+struct PathText : scratch_test {
     environment_guard home{"HOME", "//home//u/"};
 };
 
-/// The texts, each followed by a bar.
-std::string joined(std::vector<text> const& texts) {
-    std::string result;
-    for (text const& each : texts) result += utf8(each) + '|';
-    return result;
-}
-
 std::string parts(text const& p) {
-    return joined({extract_root_path(p), extract_relative_path(p), extract_parent_path(p),
-                   extract_filename(p), extract_stem(p), extract_extension(p)});
+    return joined(extract_root_path(p), extract_relative_path(p), extract_parent_path(p),
+                  extract_filename(p), extract_stem(p), extract_extension(p));
 }
 
 TEST_F(PathText, HasTheseParts) {
@@ -76,10 +56,10 @@ TEST_F(PathText, FollowsTheRulesForEveryShortText) {
         text removed = p;
         pathname_elements const all = extract_pathname_elements(p);
         ASSERT_EQ(parts(p),
-                  joined({rooted ? u"/" : u"", p.substr(rooted), parent, name, stem, extension}));
-        ASSERT_EQ(joined({all.parent_path, all.filename, all.stem, all.extension}),
-                  joined({parent, name, trailing_dot ? name : stem, extension}));
-        ASSERT_TRUE(is_absolute(p) == rooted && get_root_path_length(p) == rooted);
+                  joined(p.substr(0, rooted), p.substr(rooted), parent, name, stem, extension));
+        ASSERT_EQ(joined(all.parent_path, all.filename, all.stem, all.extension),
+                  joined(parent, name, trailing_dot ? name : stem, extension));
+        ASSERT_EQ(joined(is_absolute(p), get_root_path_length(p)), joined(rooted, int{rooted}));
         ASSERT_EQ(extract_root_directory(p), extract_root_path(p));
         ASSERT_EQ(remove_filename(removed), parent);
         ASSERT_EQ(extract_first_element(p, 0), p.substr(0, std::min(p.find(u'/'), p.size())));

@@ -7,7 +7,8 @@
 
 namespace ko::filesystem {
 
-/// The process's working directory, in native form. Empty if its path is not UTF-8.
+/// The process's working directory, in native form. Empty if its path is not UTF-8. A child made by
+/// fork can call it, whatever the threads of its parent do.
 ///
 /// Throws the class of the error number, such as PathNotFound for a directory that has been
 /// removed; path(): empty

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/exceptions/fsys_exception_base.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
@@ -27,11 +29,24 @@ class directory_listing;
 /// One entry of a listing. It is an independent copy, which may outlive the iterator.
 ///
 /// Its path is relative if that of the listed directory is. Every member that queries the system
-/// does so by this path, also if the name is not UTF-8.
+/// does so by the bytes of this path, also if they are not UTF-8.
+///
+/// If its status was read, by `directory_option::read_status` or by a constructor, `symlink_status`
+/// and, for anything but a link, the members that follow links answer from it without a system call.
+/// A status that couldn't be read is an exception in each of them: the class of the error number,
+/// with the entry's path.
 class directory_entry {
 public:
     /// An empty entry: its path is empty, its type `file_not_found`.
     directory_entry() = default;
+
+    /// The entry `p`, with its status read (lstat). A missing one has the type `file_not_found`.
+    /// Its path is `p`; tildes in it are not expanded again.
+    ///
+    /// Throws the class of the error number for every other failure; path(): `p`
+    KO_FILESYSTEM_API explicit directory_entry(upath const& p);
+    /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
+    KO_FILESYSTEM_API explicit directory_entry(std::u16string const& p);
 
     /// The path of the listed directory, a slash, and the name. Tildes in it are not expanded, nor
     /// is that of a text appended to it.
@@ -41,20 +56,23 @@ public:
     KO_FILESYSTEM_API upath const& path() const;
 
     /// Whether `path` returns a path rather than throwing.
-    bool has_path() const noexcept { return bytes_.empty(); }
+    bool has_path() const noexcept { return has_path_; }
 
-    /// The name in the bytes of the system, without the directory.
-    std::string const& native_name() const noexcept { return name_; }
+    /// The path in the bytes of the system, for system calls of the caller's own.
+    std::string const& native_path() const noexcept { return path8_; }
 
-    /// The type, one of `file_status`, a link not followed, as reported when the entry was listed.
-    /// On file systems that list names only, the result of lstat, with `file_not_found` for an
-    /// entry that no longer exists.
+    /// The name in the bytes of the system, without the directory; "/" for the root.
+    std::string const& native_name() const noexcept { return name8_; }
+
+    /// The type, one of `file_status`, a link not followed: that of the status, if it was read, else
+    /// as reported when the entry was listed. On file systems that list names only, the result of
+    /// lstat, with `file_not_found` for an entry that no longer exists.
     ///
     /// Throws the class of the error number if that lstat fails; path(): the entry's
     KO_FILESYSTEM_API std::uint32_t type() const;
 
-    /// The present status of the path, links followed (stat) or not (lstat). `file_not_found` in
-    /// the same cases as in `ko::filesystem::status`.
+    /// The status of the path, links followed (stat) or not (lstat). `file_not_found` in the same
+    /// cases as in `ko::filesystem::status`.
     ///
     /// Throws the class of the error number for every other failure; path(): the entry's, unlike in
     /// `ko::filesystem::status`
@@ -88,12 +106,19 @@ public:
 private:
     friend class detail::directory_listing;
 
+    /// In place of an error number: only the type in `status_` is known, perhaps.
+    static constexpr int status_not_read = -1;
+
+    file_status unfollowed_status(int other_absent = 0) const;
+    file_status followed_status(int other_absent = 0) const;
+    file_status existing_status() const;
     std::uint32_t followed_type() const;
 
     upath path_;
-    std::string name_;
-    std::string bytes_;  ///< the whole path if that is not UTF-8; else empty
-    std::uint32_t type_ = file_status::file_not_found;
+    std::string path8_, name8_;
+    file_status status_;
+    int status_error_ = 0;  ///< the number of the failed lstat
+    bool has_path_ = true;
 };
 
 namespace detail {
@@ -161,6 +186,18 @@ protected:
 
 }  // namespace detail
 
+/// Called with the exception for a directory that can't be opened or read on, also for the one given
+/// to the constructor. Returns whether the listing goes on: that directory then counts as ended.
+/// Otherwise the exception is thrown. What the handler throws passes unchanged, with the iterator at
+/// its end.
+///
+/// auto const report = [&](FsysExceptionBase const& error) {
+///     std::cerr << describe(error) << '\n';
+///     return true;
+/// };
+/// recursive_directory_iterator all(u"~/notes", directory_option::none, report);
+using directory_error_handler = std::function<bool(FsysExceptionBase const&)>;
+
 /// Iterates over the entries of one directory, in the system's order, without "." and "..". Whether
 /// it lists entries that are made or removed meanwhile depends on the system (readdir). The
 /// directory is open, with close-on-exec, until the end.
@@ -169,18 +206,21 @@ public:
     /// The end.
     directory_iterator() = default;
 
-    /// Opens `p`, a directory or a link to one, and advances to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry. An empty `on_error`
+    /// is not called.
     ///
     /// Throws, as does each advance,
     ///   InvalidArgument     `p` is empty ("Empty Path not permitted"); path(): empty
     ///   PathNotFound        `p` does not exist; path(): `p`
     ///   NotDirectoryError   `p` is not a directory; path(): `p`
     ///   the class of the error number for every other failure to open or to read; path(): `p`
-    KO_FILESYSTEM_API explicit directory_iterator(
-        upath const& p, directory_option options = directory_option::none);
+    KO_FILESYSTEM_API explicit directory_iterator(upath const& p,
+                                                  directory_option options = directory_option::none,
+                                                  directory_error_handler on_error = {});
     /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
-    KO_FILESYSTEM_API explicit directory_iterator(
-        std::u16string const& p, directory_option options = directory_option::none);
+    KO_FILESYSTEM_API explicit directory_iterator(std::u16string const& p,
+                                                  directory_option options = directory_option::none,
+                                                  directory_error_handler on_error = {});
 };
 
 /// Iterates over the entries of a directory and of all directories below it, each directory before
@@ -196,7 +236,8 @@ public:
     /// The end.
     recursive_directory_iterator() = default;
 
-    /// Opens `p`, a directory or a link to one, and advances to its first entry.
+    /// Opens `p`, a directory or a link to one, and advances to its first entry. An empty `on_error`
+    /// is not called.
     ///
     /// Throws, as does each advance,
     ///   what directory_iterator throws for `p`
@@ -204,10 +245,12 @@ public:
     ///   AccessDenied, or SystemError with EMFILE in a tree deeper than the limit of descriptors;
     ///   path(): that directory
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
-        upath const& p, directory_option options = directory_option::none);
+        upath const& p, directory_option options = directory_option::none,
+        directory_error_handler on_error = {});
     /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
     KO_FILESYSTEM_API explicit recursive_directory_iterator(
-        std::u16string const& p, directory_option options = directory_option::none);
+        std::u16string const& p, directory_option options = directory_option::none,
+        directory_error_handler on_error = {});
 
     /// The depth of the entry: 0 for the entries of the directory given to the constructor.
     KO_FILESYSTEM_API int depth() const noexcept;

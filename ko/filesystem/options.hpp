@@ -38,6 +38,7 @@ enum class directory_option : unsigned int {
     none = 0,
     follow_directory_symlinks = 1,  ///< enter links to directories
     skip_permission_denied = 2,     ///< treat a directory that can't be opened (EACCES) as empty
+    read_status = 4,                ///< read the status of each entry (lstat) as it is listed
 };
 
 constexpr directory_option operator|(directory_option a, directory_option b) noexcept {

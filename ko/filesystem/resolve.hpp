@@ -22,7 +22,8 @@ KO_FILESYSTEM_API upath absolute(upath const& p, upath const& base = upath());
 KO_FILESYSTEM_API std::u16string absolute(std::u16string const& p, std::u16string const& base = {});
 
 /// The path `absolute(p, base)` without links, "." and ".." (realpath). A leading tilde is always
-/// expanded. Empty for an empty `p`, and if the result is not UTF-8.
+/// expanded. Empty for an empty `p`, and if the result is not UTF-8. An absolute `p` ignores `base`,
+/// whatever it holds.
 ///
 /// Throws
 ///   PathNotFound   the path does not exist, or `p` or `base` has no UTF-8 form; path(): empty

@@ -1,10 +1,14 @@
+// Included by all tests, with what most of them need.
 #pragma once
 
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +17,8 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +28,10 @@ namespace ko::filesystem::test_support {
 
 inline std::string utf8(std::u16string const& text) { return detail::to_filesystem(text); }
 inline std::u16string utf16(std::string const& text) { return detail::from_filesystem(text); }
+
+inline void must(bool succeeded) {
+    if (!succeeded) throw std::system_error(errno, std::generic_category());
+}
 
 /// A directory for one test, made with plain system calls and removed with its contents.
 class scratch_dir {
@@ -40,31 +50,36 @@ public:
     std::string const& path8() const noexcept { return path_; }
     std::u16string operator/(std::u16string const& p) const { return utf16(path_) + u'/' + p; }
 
+    /// Makes a "directory/", a "file: with its content", a "link -> target", a "fifo|", or an empty
+    /// file each, in this order, with the same modes for any umask.
+    void make(std::vector<std::string> const& entries) const {
+        for (std::string const& entry : entries) {
+            std::size_t const arrow = entry.find(" -> "), end = entry.find_first_of(":|");
+            std::string const path = path_ + '/' + entry.substr(0, std::min(arrow, end));
+            mode_t const mode = path.back() == '/' ? 0755 : 0644;
+            if (arrow != entry.npos)
+                must(::symlink(entry.substr(arrow + 4).c_str(), path.c_str()) == 0);
+            else if (path.back() == '/')
+                must(::mkdir(path.c_str(), mode) == 0);
+            else if (entry.back() == '|')
+                must(::mkfifo(path.c_str(), mode) == 0);
+            else
+                std::ofstream(path, std::ios::binary)
+                    << entry.substr(end == entry.npos ? entry.size() : end + 2);
+            must(arrow != entry.npos || ::chmod(path.c_str(), mode) == 0);
+        }
+    }
     std::u16string file(std::u16string const& name, std::string const& content = {}) const {
-        std::u16string const path = *this / name;
-        std::ofstream(utf8(path), std::ios::binary) << content;
-        must(::chmod(utf8(path).c_str(), 0644) == 0);
-        return path;
+        return make({utf8(name) + ": " + content}), *this / name;
     }
-    std::u16string directory(std::u16string const& name, mode_t mode = 0755) const {
-        std::u16string const path = *this / name;
-        must(::mkdir(utf8(path).c_str(), 0700) == 0 && ::chmod(utf8(path).c_str(), mode) == 0);
-        return path;
-    }
-    std::u16string link(std::u16string const& name, std::string const& target) const {
-        std::u16string const path = *this / name;
-        must(::symlink(target.c_str(), utf8(path).c_str()) == 0);
-        return path;
+    std::u16string directory(std::u16string const& name) const {
+        return make({utf8(name) + '/'}), *this / name;
     }
 
     std::string content(std::u16string const& name) const {
         std::ifstream stream(utf8(*this / name), std::ios::binary);
         must(stream.good());
         return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    static void must(bool succeeded) {
-        if (!succeeded) throw std::system_error(errno, std::generic_category());
     }
 
 private:
@@ -83,7 +98,7 @@ inline std::string directory_on_another_file_system() {
 /// A test whose working directory is its own scratch directory, with the real path.
 class scratch_test : public ::testing::Test {
 protected:
-    scratch_test() { scratch_dir::must(::chdir(scratch.path8().c_str()) == 0); }
+    scratch_test() { must(::chdir(scratch.path8().c_str()) == 0); }
     ~scratch_test() override { static_cast<void>(::chdir(before_.c_str())); }
 
     scratch_dir scratch{std::filesystem::canonical(std::filesystem::temp_directory_path())};

@@ -1,63 +1,75 @@
 #pragma once
 
-#include <cerrno>
 #include <exception>
 #include <map>
-#include <string>
 #include <tuple>
 #include <type_traits>
-
-#include <ko/filesystem.hpp>
 
 #include "support/files.hpp"
 
 namespace ko::filesystem::test_support {
 
-inline std::string error_name(int number) {
-    static std::map<int, std::string> const names = {
-        {EBUSY, "EBUSY"},   {ECANCELED, "ECANCELED"}, {EIO, "EIO"},       {ELOOP, "ELOOP"},
-        {EMFILE, "EMFILE"}, {EPERM, "EPERM"},         {ENOSPC, "ENOSPC"}, {EROFS, "EROFS"},
-        {ENOMEM, "ENOMEM"}, {ENOSYS, "ENOSYS"}};
-    auto const known = names.find(number);
-    return known == names.end() ? std::to_string(number) : known->second;
+/// The error numbers in the manual pages of the calls, and 0 for a listing that just ends.
+#define NAMED(error) \
+    { error, #error }
+inline std::map<int, std::string> const error_names = {
+    NAMED(0),          NAMED(EACCES),    NAMED(EAGAIN),       NAMED(EBADF),   NAMED(EBUSY),
+    NAMED(ECANCELED),  NAMED(EDQUOT),    NAMED(EEXIST),       NAMED(EFAULT),  NAMED(EFBIG),
+    NAMED(EINTR),      NAMED(EINVAL),    NAMED(EIO),          NAMED(EISDIR),  NAMED(ELOOP),
+    NAMED(EMFILE),     NAMED(EMLINK),    NAMED(ENAMETOOLONG), NAMED(ENFILE),  NAMED(ENOENT),
+    NAMED(ENOMEM),     NAMED(ENOSPC),    NAMED(ENOSYS),       NAMED(ENOTDIR), NAMED(ENOTEMPTY),
+    NAMED(EOPNOTSUPP), NAMED(EOVERFLOW), NAMED(EPERM),        NAMED(ERANGE),  NAMED(EROFS),
+    NAMED(ETXTBSY),    NAMED(EXDEV)};
+#undef NAMED
+
+/// Yes or no for a bool; a number; a text or a path as UTF-8.
+template <class Value>
+std::string text_of(Value const& value) {
+    if constexpr (std::is_same_v<Value, bool>)
+        return value ? "yes" : "no";
+    else if constexpr (std::is_integral_v<Value>)
+        return std::to_string(value);
+    else if constexpr (std::is_same_v<Value, upath>)
+        return value.string();
+    else if constexpr (std::is_convertible_v<Value, std::string>)
+        return value;
+    else
+        return utf8(value);
 }
 
-/// The result of `action` (yes or no for a bool), "ok" if it has none, or a summary of the exception
-/// it throws: the class, the message of an InvalidArgument in quotes, the path and the arguments in
-/// brackets ("[]" for no path before an argument), the error number. `root` is written "@", a zero
-/// "\0".
+/// The values, each followed by a bar.
+template <class... Values>
+std::string joined(Values const&... values) {
+    return ((text_of(values) + '|') + ...);
+}
+
+/// The result of `action`, "ok" if it has none, or a summary of the exception it throws: the class,
+/// the message of an InvalidArgument in quotes, the path and the arguments in brackets ("[]" for no
+/// path before an argument), the error number. `root` is written "@", a zero "\0".
 template <class Action>
 std::string outcome(std::string const& root, Action action) {
-    auto const shown = [&root](std::u16string const& path) {
-        std::string text = utf8(path);
+    auto const relative = [&root](auto const& value) {
+        std::string text = text_of(value);
         for (std::size_t at = 0; !root.empty() && (at = text.find(root, at)) != text.npos; ++at)
             text.replace(at, root.size(), "@");
         for (std::size_t at; (at = text.find('\0')) != text.npos;) text.replace(at, 1, "\\0");
         return text;
     };
     try {
-        using result = std::decay_t<decltype(action())>;
-        if constexpr (std::is_void_v<result>)
+        if constexpr (std::is_void_v<decltype(action())>)
             return action(), "ok";
-        else if constexpr (std::is_same_v<result, bool>)
-            return action() ? "yes" : "no";
-        else if constexpr (std::is_integral_v<result>)
-            return std::to_string(action());
-        else if constexpr (std::is_same_v<result, std::string>)
-            return action();
-        else if constexpr (std::is_same_v<result, upath>)
-            return shown(action().native());
         else
-            return shown(action());
+            return relative(action());
     } catch (FsysExceptionBase const& error) {
         std::string text = error.message_id().substr(error.message_id().rfind(':') + 1), arguments;
         if (auto const* const invalid = dynamic_cast<InvalidArgument const*>(&error))
             text += " \"" + invalid->message() + '"';
         for (std::u16string const& argument : error.arguments())
-            if (!argument.empty()) arguments += " [" + shown(argument) + ']';
-        if (!error.path().empty() || !arguments.empty()) text += " [" + shown(error.path()) + ']';
+            if (!argument.empty()) arguments += " [" + relative(argument) + ']';
+        if (!error.path().empty() || !arguments.empty())
+            text += " [" + relative(error.path()) + ']';
         int const number = error.system_error_number();
-        return text + arguments + (number == 0 ? "" : ' ' + error_name(number));
+        return text + arguments + (number == 0 ? "" : ' ' + error_names.at(number));
     } catch (std::exception const& error) {
         return std::string("std: ").append(error.what());
     }

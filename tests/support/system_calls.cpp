@@ -20,6 +20,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -28,9 +29,10 @@ using ko::filesystem::test_support::call_recorder;
 /// Records `call` and returns whether to make it. Called only while there is a recorder: without one,
 /// the calls must not even allocate.
 bool admitted(std::string const& call) {
-    call_recorder* const r = call_recorder::current;
+    call_recorder* const r = std::exchange(call_recorder::current, nullptr);
     r->all.push_back(call);
     if (r->during) r->during();
+    call_recorder::current = r;
     bool const fails = r->all.size() - 1 == r->failing_index || call == r->failing;
     if (fails) errno = r->error;
     return !fails;
@@ -84,8 +86,8 @@ CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, 
 CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, unlinkat, SHOWN(unlinkat), (int d, char const* path, int f) noexcept, (d, path, f))
-CALL(int, -1, fstatat, SHOWN(fstatat), (int d, char const* path, struct stat* s, int f) noexcept,
-     (d, path, s, f))
+CALL(int, -1, fstatat, shown("fstatat", d, path),
+     (int d, char const* path, struct stat* s, int f) noexcept, (d, path, s, f))
 CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))
 CALL(int, -1, statvfs64, SHOWN(statvfs), (char const* path, struct statvfs64* s) noexcept,
      (path, s))
@@ -137,6 +139,11 @@ OPEN(open64, "open", , )
 OPEN(openat, "openat", BASE, PASSED_BASE)
 OPEN(openat64, "openat", BASE, PASSED_BASE)
 #undef OPEN
+
+// These write nothing: the disk may be slow, and shared with others.
+extern "C" int fsync(int d) { return ADMITTED("fsync " + opened()[d]) ? 0 : -1; }
+extern "C" int syncfs(int d) noexcept { return ADMITTED("syncfs " + opened()[d]) ? 0 : -1; }
+extern "C" void sync() noexcept { static_cast<void>(ADMITTED("sync")); }
 
 // Closes the descriptor even if it reports a failure.
 extern "C" int close(int descriptor) {

@@ -19,7 +19,7 @@ struct call_recorder {
     std::size_t failing_index = static_cast<std::size_t>(-1);  ///< or its index in `all`
     int error = 0;                                             ///< for errno
     bool short_transfers = false;  ///< transfers send or copy one byte at most
-    std::function<void()> during;  ///< called before each call
+    std::function<void()> during;  ///< called before each call; its own are not recorded
 
     /// "name path", or the name alone if the call has no path; a stream is shown by its directory's path.
     std::vector<std::string> all;

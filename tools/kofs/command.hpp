@@ -18,9 +18,9 @@ struct usage_error : std::runtime_error {
 
 struct option {
     char const* name;
-    char const* value;  ///< the name of its value in the help; null for a flag
+    char const* value;  ///< the name of its value, or its values like "a|b"; null for a flag
     char const* help;
-    bool exclusive = false;  ///< excludes the command's other exclusive options
+    int group = 0;  ///< options of one group, other than 0, exclude each other
 };
 
 /// The parsed command line.
@@ -36,7 +36,7 @@ struct arguments {
 /// How a command is run and what is printed.
 enum class nature {
     answers,     ///< prints an answer; goes on after an operand that fails
-    acts,        ///< prints nothing
+    acts,        ///< prints nothing; returns members for its line of JSON, if any
     takes_time,  ///< acts; shows the elapsed time if it takes long
     lists,       ///< prints answers one by one; returns the exit status
     narrates,    ///< prints by itself, without JSON; returns the exit status

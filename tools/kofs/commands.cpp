@@ -1,5 +1,6 @@
 #include "commands.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -16,6 +17,7 @@
 
 #include "copy_watch.hpp"
 #include "inspect.hpp"
+#include "listing.hpp"
 #include "report.hpp"
 #include "tour.hpp"
 
@@ -34,7 +36,7 @@ std::u16string text(arguments const& given, std::size_t index = 0) {
                      fs::detail::path_traits<char, char16_t>::from_native(given.operands[index]));
 }
 
-json const done = nullptr;
+json const done = json::object();
 
 template <void (*Operation)(std::u16string const&)>
 json for_one(arguments const& given) {
@@ -186,42 +188,35 @@ fs::copy_option copy_bits(arguments const& given) {
 json copy(arguments const& given) {
     std::u16string const from = text(given, 0);
     copy_watch watch(given, from);
-    try {
-        fs::copy(from, text(given, 1), copy_bits(given), watch.observer());
-    } catch (fs::SystemError const& error) {
-        if (error.system_error_number() == ECANCELED) watch.end_if_interrupted();
-        throw;
-    }
-    return done;
+    return {{"copied", watch.run([&](fs::copy_observer const& observer) {
+                 fs::copy(from, text(given, 1), copy_bits(given), observer);
+             })}};
+}
+
+/// Nothing if it can't be queried: the operation reports why.
+fs::file_status status_or_none(std::u16string const& path) try {
+    return fs::status(path);
+} catch (fs::FsysExceptionBase const&) {
+    return {};
 }
 
 json copy_file(arguments const& given) {
-    fs::copy_file(text(given, 0), text(given, 1), copy_bits(given));
-    return done;
+    std::u16string const from = text(given, 0);
+    std::u16string const to = text(given, 1);
+    copy_watch watch(given, from);
+    return {{"copied", watch.run([&](fs::copy_observer const& observer) {
+                 if (fs::file_status const found = status_or_none(from);
+                     found.type != fs::file_status::file_not_found)
+                     observer({from, to, found, 0, 0});
+                 fs::copy_file(from, to, copy_bits(given));
+             })}};
 }
 
-/// Prints the path of each entry. One that is not UTF-8 is a failure, but does not end the listing.
-template <class Iterator>
-int print_listing(arguments const& given, fs::directory_option options) {
-    int status = EXIT_SUCCESS;
-    for (fs::directory_entry const& entry : Iterator(text(given), options)) try {
-            std::string const path = entry.path().string();
-            if (given.json)
-                print_json(given, "result", {{"path", path}, {"type", type_name(entry.type())}});
-            else
-                print_path(given, path);
-        } catch (fs::FsysExceptionBase const& error) {
-            status = report_failure(given, error);
-        }
-    return status;
-}
+json list_entries(arguments const& given) { return list(given, text(given)); }
 
-json list(arguments const& given) {
-    auto const options = bits_of<fs::directory_option>(
-        given, {{"follow-links", fs::directory_option::follow_directory_symlinks},
-                {"skip-denied", fs::directory_option::skip_permission_denied}});
-    return given.has("recursive") ? print_listing<fs::recursive_directory_iterator>(given, options)
-                                  : print_listing<fs::directory_iterator>(given, options);
+json remove_all(arguments const& given) {
+    if (given.operands[0].empty()) throw std::runtime_error("the path is empty");
+    return for_one<fs::remove_all>(given);
 }
 
 json resize(arguments const& given) {
@@ -282,19 +277,23 @@ json walk_through(arguments const&) { return tour(); }
 option const expand = {"expand", nullptr, "Expand a leading ~ or ~name"};
 option const print0 = {"print0", nullptr, "End the path with a zero byte, and escape nothing"};
 
-std::vector<option> const copy_options = {
-    {"overwrite", nullptr, "Replace existing files"},
-    {"skip", nullptr, "Keep existing files"},
-    {"update", nullptr, "Replace existing files that are older"},
+std::vector<option> const copy_file_options = {
+    {"overwrite", nullptr, "Replace existing files", 1},
+    {"skip", nullptr, "Keep existing files", 1},
+    {"update", nullptr, "Replace existing files that are older", 1},
     {"recursive", nullptr, "Copy a directory and its contents"},
-    {"copy-links", nullptr, "Copy links as links"},
-    {"skip-links", nullptr, "Ignore links"},
+    {"copy-links", nullptr, "Copy links as links", 2},
+    {"skip-links", nullptr, "Ignore links", 2},
     {"create-links", nullptr, "Make a link to the source instead of copying"},
 };
 
-std::vector<option> with_watch(std::vector<option> options) {
-    options.push_back({"verbose", nullptr, "Print each entry before it is copied", true});
-    options.push_back({"progress", nullptr, "With --json: print a line each second", true});
+std::vector<option> copy_options() {
+    std::vector<option> options = copy_file_options;
+    options.insert(options.end() - 1, {"follow-links", nullptr,
+                                       "Copy what links lead to, from the working directory", 2});
+    options.push_back(
+        {"verbose", nullptr, "Print each entry and its target before it is copied", 3});
+    options.push_back({"progress", nullptr, "With --json: print a line each second", 3});
     return options;
 }
 
@@ -330,7 +329,7 @@ std::vector<command> commands() {
         asks("exists", "PATH", "Whether a path exists; links are followed", exists, {expand}),
         asks("symlink-status", "PATH", "Show the status of a path; links are not followed",
              status_from<fs::file_status, fs::symlink_status>, {expand}),
-        asks("status-express-light", "PATH", "Show type, time and size; the path is used as given",
+        asks("status-express-light", "PATH", "Show type, time and size; the path as given",
              status_from<fs::file_status_light, fs::status_express_light>),
         asks("access", "PATH", "Whether this process has the given kinds of access", access,
              {{"exists", nullptr, "Exists (the default); a missing path is then not a failure"},
@@ -341,12 +340,15 @@ std::vector<command> commands() {
         {"list",
          "PATH...",
          "Print the paths of the entries of each directory",
-         list,
+         list_entries,
          nature::lists,
          {{"recursive", nullptr, "Also of the directories below"},
+          {"depth", "N", "Also of the directories below, down to N levels"},
           {"follow-links", nullptr, "Enter directories through links"},
           {"skip-denied", nullptr, "Skip directories that may not be read"},
-          print0}},
+          {"long", nullptr, "Print type, permissions, size, time and link", 1},
+          {"sort", "name|size|time", "Sort all: by name, largest or newest first"},
+          {"print0", nullptr, print0.help, 1}}},
         asks("equivalent", "PATH OTHER", "Whether both paths are the same file", equivalent),
         asks("space", "PATH", "Show the size and free space of the file system, in bytes", space,
              {expand}),
@@ -371,8 +373,8 @@ std::vector<command> commands() {
              for_one<fs::create_directories>),
         acts("create-symlink", "TARGET LINK", "Make a symbolic link with the text TARGET",
              create_symlink,
-             {{"file", nullptr, "For a file; no difference on POSIX", true},
-              {"directory", nullptr, "For a directory; no difference on POSIX", true}}),
+             {{"file", nullptr, "For a file; no difference on POSIX", 1},
+              {"directory", nullptr, "For a directory; no difference on POSIX", 1}}),
         acts("hard-link", "EXISTING LINK", "Make another name for a file",
              for_two<fs::create_hard_link>),
         acts("resize", "PATH SIZE", "Truncate a file, or extend it with zeros, to SIZE bytes",
@@ -382,29 +384,46 @@ std::vector<command> commands() {
         acts("permissions", "PATH...",
              "Change permissions, given as names like owner_read,group_all or in octal",
              permissions,
-             {{"set", "PERMS", "Exactly these", true},
-              {"add", "PERMS", "These as well", true},
-              {"remove", "PERMS", "All but these", true},
+             {{"set", "PERMS", "Exactly these", 1},
+              {"add", "PERMS", "These as well", 1},
+              {"remove", "PERMS", "All but these", 1},
               {"no-follow", nullptr, "Of a link itself, if the system supports it"}}),
         acts("create-shortcut", "FROM TO", "Fail; only other platforms have shortcuts",
              for_two<fs::create_shortcut>),
-        acts("copy", "FROM TO", "Copy anything", copy, with_watch(copy_options)),
-        takes_time("copy-file", "FROM TO", "Copy a file", copy_file, copy_options),
+        acts("copy", "FROM TO", "Copy anything", copy, copy_options()),
+        acts("copy-file", "FROM TO", "Copy a file, links followed", copy_file, copy_file_options),
         takes_time("copy-directory", "FROM TO", "Make a directory with another's permissions",
                    for_two<fs::copy_directory>),
         takes_time("copy-symlink", "FROM TO", "Copy a link as a link", for_two<fs::copy_symlink>),
         takes_time("rename", "FROM TO", "Move, to another file system as well", rename,
                    {{"keep-times", nullptr, "Keep the write times of files that are copied"}}),
         takes_time("remove", "PATH...", "Remove files, links and empty directories", remove,
-                   {{"file", nullptr, "As remove-file, without looking first", true},
-                    {"directory", nullptr, "As remove-directory, without looking first", true}}),
+                   {{"file", nullptr, "As remove-file, without looking first", 1},
+                    {"directory", nullptr, "As remove-directory, without looking first", 1}}),
         takes_time("remove-file", "PATH...", "Remove files or links", for_one<fs::remove_file>),
         takes_time("remove-directory", "PATH...", "Remove empty directories",
                    for_one<fs::remove_directory>),
         takes_time("remove-symlink", "PATH...", "Remove links or files",
                    for_one<fs::remove_symlink>),
-        takes_time("remove-all", "PATH...", "Remove whole trees", for_one<fs::remove_all>),
+        takes_time("remove-all", "PATH...", "Remove whole trees", remove_all),
     };
+}
+
+std::vector<std::vector<option>> alternatives(std::vector<option> const& options) {
+    std::vector<std::vector<option>> sets;
+    for (option const& each : options) {
+        auto const same = std::find_if(sets.begin(), sets.end(), [&](auto const& set) {
+            return each.group != 0 && set[0].group == each.group;
+        });
+        same == sets.end() ? sets.push_back({each}) : same->push_back(each);
+    }
+    return sets;
+}
+
+std::vector<std::string> permission_words() {
+    std::vector<std::string> words;
+    for (auto const& [name, bits] : permission_names) words.push_back(name);
+    return words;
 }
 
 }  // namespace kofs

@@ -10,9 +10,13 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <system_error>
 #include <utility>
+
+#include "columns.hpp"
 
 namespace kofs {
 
@@ -30,6 +34,25 @@ void put(std::string const& text) {
     }
 }
 
+/// The columns of the window, less one: a full line would be continued on the next.
+std::size_t terminal_width() {
+    winsize size{};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col - 1u
+                                                                              : 79;
+}
+
+/// Erases what the window shows from the cursor on: more than one line, if it has become narrower.
+/// Empty if the terminal knows no escape sequences.
+char const* erasing() {
+    char const* const terminal = std::getenv("TERM");
+    return terminal == nullptr || std::strcmp(terminal, "dumb") == 0 ? "" : "\x1b[J";
+}
+
+/// A line from a background job would garble what the user types.
+bool in_foreground() { return ::tcgetpgrp(STDERR_FILENO) == ::getpgrp(); }
+
+}  // namespace
+
 std::string clock_text(long seconds) {
     char text[40];
     if (seconds < 3600)
@@ -40,38 +63,12 @@ std::string clock_text(long seconds) {
     return text;
 }
 
-std::size_t terminal_width() {
-    winsize size{};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1u
-                                                                             : 79;
-}
-
-/// As much of `text`, in UTF-8, as fits into `columns`. Characters from U+0800 on are assumed to be
-/// wide, like those of East Asia.
-std::string cut(std::string const& text, std::size_t columns) {
-    std::size_t end = 0;
-    while (end != text.size()) {
-        auto const lead = static_cast<unsigned char>(text[end]);
-        std::size_t const bytes = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        std::size_t const width = bytes < 3 ? 1 : 2;
-        if (width > columns) break;
-        columns -= width;
-        end = std::min(end + bytes, text.size());
-    }
-    return text.substr(0, end);
-}
-
-/// A line from a background job would garble what the user types.
-bool in_foreground() { return ::tcgetpgrp(STDERR_FILENO) == ::getpgrp(); }
-
-}  // namespace
-
 std::unique_ptr<elapsed_time> elapsed_time::shown(std::string const& command) {
     return made(command, /*has_line=*/true, /*is_interruptible=*/false, {});
 }
 
 std::unique_ptr<elapsed_time> elapsed_time::shown(std::string const& command, details more) {
-    bool const has_line = more != nullptr;
+    bool const has_line = more.text != nullptr;
     return made(command, has_line, /*is_interruptible=*/true, std::move(more));
 }
 
@@ -141,9 +138,12 @@ void elapsed_time::restore() noexcept {
 void elapsed_time::run() {
     using clock = std::chrono::steady_clock;
     auto const start = clock::now();
+    auto end = clock::time_point::max();  // after an interrupt
     for (long next = 1;;) {
+        auto const now = clock::now();
+        if (now >= end) end_process(SIGINT);
         auto const left = std::chrono::duration_cast<std::chrono::nanoseconds>(
-            start + std::chrono::seconds(next) - clock::now());
+            std::min(start + std::chrono::seconds(next), end) - now);
         if (left.count() <= 0) {
             draw(next++);
             continue;
@@ -155,9 +155,10 @@ void elapsed_time::run() {
         FD_ZERO(&ends);
         FD_SET(stop_[0], &ends);
         int const found = ::pselect(stop_[0] + 1, &ends, nullptr, nullptr, &wait, &mask_before_);
-        if (caught_signal == SIGINT && std::exchange(is_interruptible_, false)) {
+        if (caught_signal == SIGINT && is_interruptible_ && !was_interrupted) {
             caught_signal = 0;
             was_interrupted = true;
+            end = clock::now() + std::chrono::seconds(1);
             draw(next - 1);
         }
         if (caught_signal != 0) end_process(caught_signal);
@@ -166,26 +167,33 @@ void elapsed_time::run() {
     erase();
 }
 
+/// Leaves the cursor at the beginning of the line: a "^C" after its end could be on the next one.
 void elapsed_time::draw(long seconds) {
     if (!has_line_ || !in_foreground()) return;
-    std::size_t const drawn = line_.size();
-    line_ = "kofs " + command_ + ": " + clock_text(seconds);
+    std::size_t const width = terminal_width();
+    std::string line = "kofs " + command_ + ": " + clock_text(seconds);
+    if (line.size() > width) line = clock_text(seconds);
+    if (line.size() > width) line.clear();
+    std::size_t const left = width - line.size();
     if (was_interrupted)
-        line_ += ", ending after this entry";
-    else if (more_)
-        line_ = cut(line_ + more_(), terminal_width());
-    std::size_t const rest = drawn > line_.size() ? drawn - line_.size() : 0;
-    put('\r' + line_ + std::string(rest, ' '));
+        line += left < 8 ? "" : ", ending";
+    else if (more_.text)
+        line += more_.text(left);
+    std::size_t const drawn = std::exchange(drawn_, columns(line));
+    std::size_t const rest = std::min(std::max(drawn, drawn_), width) - drawn_;
+    put('\r' + (erasing() + line) + std::string(rest, ' ') + '\r');
 }
 
-/// With spaces, since not every terminal knows escape sequences; two more for a "^C" after the line.
 void elapsed_time::erase() {
-    if (!line_.empty() && in_foreground()) put('\r' + std::string(line_.size() + 2, ' ') + '\r');
-    line_.clear();
+    std::size_t const drawn = std::exchange(drawn_, 0);
+    if (drawn == 0 || !in_foreground()) return;
+    std::string const with = erasing();
+    put('\r' + (with.empty() ? std::string(std::min(drawn, terminal_width()), ' ') + '\r' : with));
 }
 
 void elapsed_time::end_process(int signal) {
     erase();
+    if (signal == SIGINT && more_.end) more_.end();
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     ::sigaction(signal, &action, nullptr);

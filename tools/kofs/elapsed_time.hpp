@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstddef>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -9,6 +10,9 @@
 
 namespace kofs {
 
+/// "1:05" or "1:00:05".
+std::string clock_text(long seconds);
+
 /// Shows the elapsed time in a line on standard error, from the first second on. The line is erased
 /// by the destructor, or before a signal ends the process.
 ///
@@ -16,13 +20,18 @@ namespace kofs {
 /// blocked in it and delivered to the thread that draws the line, between two writes.
 class elapsed_time {
 public:
-    /// Returns what the line shows after the time; called by the thread that draws it.
-    using details = std::function<std::string()>;
+    /// Both are called by the thread that draws the line.
+    struct details {
+        /// What the line shows after the time, in at most the given columns. Empty for no line.
+        std::function<std::string(std::size_t columns)> text;
+        /// Called before the process ends because of SIGINT.
+        std::function<void()> end;
+    };
 
     /// Null if standard error is not a terminal or no thread can be started.
     static std::unique_ptr<elapsed_time> shown(std::string const& command);
-    /// For a command that ends by itself once `interrupted` is true: only the second SIGINT ends the
-    /// process. Without `more` no line is shown.
+    /// For a command that ends by itself once `interrupted` is true. SIGINT ends the process if that
+    /// takes longer than a second, or if there is a second one.
     static std::unique_ptr<elapsed_time> shown(std::string const& command, details more);
 
     /// Whether there was a SIGINT.
@@ -47,9 +56,9 @@ private:
 
     std::string const command_;
     bool const has_line_;
-    bool is_interruptible_;
+    bool const is_interruptible_;
     details const more_;
-    std::string line_;  ///< what the terminal shows
+    std::size_t drawn_ = 0;  ///< columns of the line
     int stop_[2] = {-1, -1};
     sigset_t mask_before_;
     struct sigaction actions_before_[std::size(ending_signals)];

@@ -17,6 +17,7 @@
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <nlohmann/json.hpp>
 
 #include "report.hpp"
@@ -64,10 +65,15 @@ std::string escaped(std::basic_string<CharT> const& text) {
     for (CharT const each : text) {
         unsigned const unit = static_cast<std::make_unsigned_t<CharT>>(each);
         if (unit == '\\') result += '\\';
-        char escape[8] = {static_cast<char>(unit), '\0'};
-        if (unit < 0x20 || unit > 0x7E)
-            std::snprintf(escape, sizeof escape, sizeof(CharT) == 1 ? "\\x%02X" : "\\u%04X", unit);
-        result += escape;
+        if (unit >= 0x20 && unit <= 0x7E) {
+            result += static_cast<char>(unit);
+        } else if constexpr (sizeof(CharT) == 2) {
+            fs::detail::append_escape(result, each);
+        } else {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\x%02X", unit);
+            result += escape;
+        }
     }
     return result;
 }
@@ -125,6 +131,26 @@ char const* type_name(std::uint32_t type) {
         case fs::file_status::socket_file: return "socket";
         default: return "unknown";
     }
+}
+
+char type_letter(std::uint32_t type) {
+    switch (type) {
+        case fs::file_status::regular_file: return '-';
+        case fs::file_status::directory_file: return 'd';
+        case fs::file_status::symlink_file: return 'l';
+        case fs::file_status::block_file: return 'b';
+        case fs::file_status::character_file: return 'c';
+        case fs::file_status::fifo_file: return 'p';
+        case fs::file_status::socket_file: return 's';
+        default: return '?';
+    }
+}
+
+std::string iso_seconds(boost::posix_time::ptime const& time) {
+    json const whole = json_of(time);
+    if (whole.is_null()) return "-";
+    std::string const text = whole;
+    return text.substr(0, text.find('.')) + 'Z';
 }
 
 std::string rwx(std::uint32_t permissions) {

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <string>
 
+#include <boost/date_time/posix_time/ptime.hpp>
 #include <ko/filesystem.hpp>
 
 #include "command.hpp"
@@ -12,6 +13,12 @@ namespace kofs {
 
 /// The type of a `file_status` in words.
 char const* type_name(std::uint32_t type);
+
+/// The same as the letter of ls(1).
+char type_letter(std::uint32_t type);
+
+/// A time in UTC like "2024-01-31T12:00:00Z"; "-" if it is out of range.
+std::string iso_seconds(boost::posix_time::ptime const& time);
 
 /// A mode as "rwxr-xr-x", with s, t, S and T like ls(1).
 std::string rwx(std::uint32_t permissions);

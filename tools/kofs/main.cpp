@@ -1,7 +1,9 @@
 // A tool for the shell on the public interface of ko::filesystem.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <map>
@@ -30,13 +32,31 @@ std::string const version =
 
 char const footer[] =
     "Operands are names: the shell expands tildes, kofs only if --expand is given.\n\n"
-    "With --json, before or after the command, every line of standard output is an object with\n"
-    "\"command\", \"operands\" and one of \"result\" (an answer), \"done\" (true, after a\n"
-    "change) and \"error\". A command for any number of paths prints one for each.\n\n"
-    "On a terminal, names are shown with control characters escaped, and standard error shows the\n"
-    "time that a copy, a move or a removal takes beyond the first second.\n\n"
-    "Exit status: 0 success, 1 failure, 2 wrong usage; 128 plus the signal's number if a signal\n"
-    "ended the tour.";
+    "With --json, before or after the command, every line of standard output is an\n"
+    "object with \"command\", \"operands\" and one of \"result\" (an answer), \"done\"\n"
+    "(true, after a change) and \"error\". A command for any number of paths prints\n"
+    "one for each.\n\n"
+    "On a terminal, names are shown with control characters escaped, and standard\n"
+    "error shows the time that a copy, a move or a removal takes beyond the first\n"
+    "second.\n\n"
+    "Exit status: 0 success, 1 failure, 2 wrong usage; 128 plus the signal's number\n"
+    "if a signal ended the tour.";
+
+constexpr std::size_t help_width = 80;
+
+/// `text` in lines of at most `width` columns, of which the others begin with `indent`.
+std::string wrapped(std::string const& text, std::size_t width, std::string const& indent = {}) {
+    std::istringstream words(text);
+    std::string result;
+    std::size_t length = 0;
+    for (std::string word; words >> word; result += word, length += word.size()) {
+        if (length == 0) continue;
+        bool const fits = length + 1 + word.size() <= width;
+        result += fits ? " " : '\n' + indent;
+        length = fits ? length + 1 : indent.size();
+    }
+    return result;
+}
 
 /// The arguments in the parser's order, last first. Words that are not options are marked, since the
 /// parser would read "[a,b]" as a list, "++" as a separator, and the name of a command as another one.
@@ -67,9 +87,53 @@ std::vector<std::string> unmarked(std::vector<std::string> words) {
     return words;
 }
 
-/// Omits the section of operands: the usage line names them.
-struct formatter : CLI::Formatter {
+/// The command, its options and its operands.
+std::string synopsis(command const& of) {
+    std::string text = std::string("kofs ") + of.name + ' ';
+    for (auto const& set : alternatives(of.options)) {
+        std::string words;
+        for (option const& each : set) {
+            words += (words.empty() ? "" : " | ") + std::string("--") + each.name;
+            if (each.value != nullptr) words += std::string("=") + each.value;
+        }
+        text += '[' + words + "] ";
+    }
+    return text + of.operands;
+}
+
+/// Help of at most 80 columns, with the options that exclude each other in the usage line. It omits the section of operands: the usage line names them.
+class formatter : public CLI::Formatter {
+public:
+    explicit formatter(std::vector<command> const& all) : all_(all) { column_width(24); }
+
     std::string make_positionals(CLI::App const*) const override { return {}; }
+    std::string make_usage(CLI::App const* app, std::string name) const override {
+        for (command const& each : all_) {
+            if (app->get_name() != each.name) continue;
+            std::string const indent(std::strlen("Usage: kofs ") + std::strlen(each.name) + 1, ' ');
+            return wrapped("Usage: " + synopsis(each), help_width, indent) + '\n';
+        }
+        return CLI::Formatter::make_usage(app, name);
+    }
+    std::string make_option_opts(CLI::Option const* option) const override {
+        return option->get_type_name().empty() ? "" : '=' + option->get_type_name();
+    }
+    std::string make_option_desc(CLI::Option const* option) const override {
+        return in_column(option->get_description());
+    }
+    std::string make_subcommand(CLI::App const* of) const override {
+        std::ostringstream out;
+        CLI::detail::format_help(out, of->get_name(), in_column(of->get_description()),
+                                 get_column_width());
+        return out.str();
+    }
+
+private:
+    std::string in_column(std::string const& text) const {
+        return wrapped(text, help_width - get_column_width());
+    }
+
+    std::vector<command> const& all_;
 };
 
 /// Adds the parser of a command and returns its operands in order.
@@ -84,17 +148,18 @@ std::vector<CLI::Option*> add_command(CLI::App& app, command const& of) {
         operands.push_back(parser.add_option(name.substr(0, dots))->required(required));
         if (dots != name.npos) operands.back()->expected(CLI::detail::expected_max_vector_size);
     }
-    std::vector<CLI::Option*> exclusive;
-    for (option const& each : of.options) {
-        std::string const name = std::string("--") + each.name;
-        CLI::Option* const made = each.value == nullptr
-                                      ? parser.add_flag(name, each.help)->disable_flag_override()
+    for (auto const& set : alternatives(of.options)) {
+        std::vector<CLI::Option*> others;
+        for (option const& each : set) {
+            std::string const name = std::string("--") + each.name;
+            CLI::Option* const made =
+                each.value == nullptr ? parser.add_flag(name, each.help)->disable_flag_override()
                                       : parser.add_option(name, CLI::callback_t(), each.help)
                                             ->type_name(each.value)
                                             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-        if (!each.exclusive) continue;
-        for (CLI::Option* const other : exclusive) made->excludes(other);
-        exclusive.push_back(made);
+            for (CLI::Option* const other : others) made->excludes(other);
+            others.push_back(made);
+        }
     }
     if (of.kind != nature::narrates)
         parser.add_flag("--json", "Print every answer and every failure as a line of JSON")
@@ -122,7 +187,7 @@ int run_command_line(int argc, char** argv) {
     app.set_help_flag("-h,--help", "Print this help, or that of the command before it");
     app.set_version_flag("--version", version, "Print the versions of the library and of Boost");
     app.add_flag("--json", "Print every answer and every failure as a line of JSON");
-    app.allow_extras()->require_subcommand(0, 1)->formatter(std::make_shared<formatter>());
+    app.allow_extras()->require_subcommand(0, 1)->formatter(std::make_shared<formatter>(all));
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     std::map<std::string, std::vector<CLI::Option*>> operands;
     for (command const& each : all) operands[each.name] = add_command(app, each);

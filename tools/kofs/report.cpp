@@ -4,16 +4,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
+#include <boost/system/system_error.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <nlohmann/json.hpp>
 
 #include "elapsed_time.hpp"
@@ -40,45 +40,60 @@ std::string shown(std::string const& text) { return kofs::shown(from_filesystem(
 std::string reason(fs::FsysExceptionBase const& error) {
     auto const* const invalid = dynamic_cast<fs::InvalidArgument const*>(&error);
     if (invalid != nullptr && !invalid->message().empty()) return invalid->message();
-    constexpr std::pair<int, int> numbers[] = {
-        {1, EINVAL},  {2, ENOTSUP},   {3, ENAMETOOLONG}, {6, EACCES},  {7, ENOENT},
-        {8, ENOTDIR}, {9, ENOTEMPTY}, {10, EISDIR},      {11, EEXIST},
-    };
-    for (auto const& [kind, number] : numbers)
-        if (kind == error.kind()) return std::strerror(number);
-    return std::strerror(error.system_error_number());
+    bool const is_supported = error.kind() != fs::error_kind::invalid_operation;
+    return std::strerror(is_supported ? error.code().value() : ENOTSUP);
 }
 
-/// Whether `path`, from an exception, is `operand`. In failures reported by Boost it has only the low
-/// bytes of its units.
+/// `text` as in the paths of failures reported by Boost: only the low bytes of its units.
+std::u16string low_bytes(std::u16string const& text) {
+    std::string bytes;
+    for (char16_t const unit : text) bytes += static_cast<char>(unit);
+    return from_filesystem(bytes);
+}
+
+/// Whether `path`, from an exception, is `operand`.
 bool is_operand(arguments const& given, std::string const& operand, std::u16string const& path) {
     std::u16string const native = fs::detail::make_native_form(
         handed_on(given, from_filesystem(operand)), /*expand_tilde=*/true);
-    std::string low_bytes;
-    for (char16_t const unit : native) low_bytes += static_cast<char>(unit);
-    return path == native || path == from_filesystem(low_bytes) || path == from_filesystem(operand);
+    return path == native || path == low_bytes(native) || path == from_filesystem(operand);
 }
 
-/// The operands that a failure is about, then its paths that are not operands.
+/// The operands that a failure is about, then the entry of a tree at which it happened, and its other
+/// paths that are not operands.
 std::string place(arguments const& given, json const& error) {
     std::vector<std::string> operands = given.operands;
-    std::string others;
+    std::vector<std::u16string> entry;
+    if (error.contains("entry"))
+        for (auto const& each : error["entry"]) entry.push_back(from_filesystem(each));
     json paths = error.value("arguments", json::array());
     paths.insert(paths.begin(), error.value("path", ""));
     // The target exists, whichever path the library names.
     bool const exists = error.value("class", "") == "FileExistsError" && operands.size() == 2;
     if (exists) operands = {operands[1]};
-    for (auto const& each : paths) {
-        std::u16string const path = from_filesystem(each);
-        auto const named = std::find_if(
+    if (exists && !entry.empty()) paths = json::array();
+    std::string others;
+    bool names_entry = entry.empty();
+    auto const operand_of = [&](std::u16string const& path) {
+        return std::find_if(
             given.operands.begin(), given.operands.end(),
             [&](std::string const& operand) { return is_operand(given, operand, path); });
+    };
+    for (auto const& each : paths) {
+        std::u16string path = from_filesystem(each);
+        for (std::u16string const& of_entry : entry) {
+            if (path != of_entry && path != low_bytes(of_entry)) continue;
+            path = of_entry;
+            names_entry = true;
+        }
+        auto const named = operand_of(path);
         if (named != given.operands.end()) {
             if (!exists && &each == &paths.front()) operands = {*named};
         } else if (!path.empty()) {
             others += ": " + kofs::shown(path);
         }
     }
+    if (!names_entry && operand_of(entry[exists]) == given.operands.end())
+        others = ": " + kofs::shown(entry[exists]) + others;
     std::string text;
     for (std::string const& each : operands)
         text += (text.empty() ? "" : ", ") + (each.empty() ? "''" : shown(each));
@@ -155,7 +170,7 @@ bool run_once(command const& chosen, arguments const& given, int& status) {
         else if (chosen.kind == nature::answers)
             status = std::max(status, print_answer(chosen, given, answer));
         else if (given.json)
-            print_json(given, "done", true);
+            print_json(given, "done", true, answer);
         return true;
     } catch (std::exception const& error) {
         time.reset();
@@ -169,8 +184,10 @@ bool run_once(command const& chosen, arguments const& given, int& status) {
 
 int run(command const& chosen, arguments const& given) {
     int status = EXIT_SUCCESS;
-    if (given.json && (chosen.kind == nature::narrates || given.has("print0")))
-        return report_failure(given, usage_error("--json is not for this"));
+    if (given.json && chosen.kind == nature::narrates)
+        return report_failure(given, usage_error("--json is not for the tour"));
+    if (given.json && given.has("print0"))
+        return report_failure(given, usage_error("--json excludes --print0"));
     if (std::strchr(chosen.operands, '.') == nullptr) {
         run_once(chosen, given, status);
         return status;
@@ -190,12 +207,13 @@ void print_path(arguments const& given, std::string const& path) {
         std::cout << printed(from_filesystem(path)) << '\n';
 }
 
-void print_json(arguments const& given, char const* name, json const& value) {
+void print_json(arguments const& given, char const* name, json const& value, json const& more) {
     json operands = json::array();
     for (std::string const& each : given.operands) operands.push_back(valid(each));
-    json const line = {{"command", given.command.empty() ? json() : json(given.command)},
-                       {"operands", operands},
-                       {name, value}};
+    json line = {{"command", given.command.empty() ? json() : json(given.command)},
+                 {"operands", operands},
+                 {name, value}};
+    line.update(more);
     // Flushed, so that a reader knows what was done even if the process is killed.
     std::cout << line.dump(-1, ' ', /*ensure_ascii=*/true) << '\n' << std::flush;
 }
@@ -209,7 +227,19 @@ int report_failure(arguments const& given, std::exception const& error) {
     return described["class"] == "usage" ? wrong_usage : EXIT_FAILURE;
 }
 
+entry_failure::entry_failure(std::exception const& error, std::u16string const& from,
+                             std::u16string const& to, char const* reason)
+    : what_(error.what()), described_(json_of(error)) {
+    if (auto const* const other = dynamic_cast<boost::system::system_error const*>(&error))
+        described_["reason"] = other->code().message();
+    if (reason != nullptr) described_["reason"] = reason;
+    if (from.empty()) return;
+    described_["entry"] = {{"from", to_filesystem(from)}, {"to", to_filesystem(to)}};
+}
+
 json json_of(std::exception const& error) {
+    if (auto const* const of_entry = dynamic_cast<entry_failure const*>(&error))
+        return of_entry->described();
     auto const* const failure = dynamic_cast<fs::FsysExceptionBase const*>(&error);
     std::string const what = valid(error.what());
     if (failure == nullptr) {
@@ -249,18 +279,7 @@ void print_rows(std::ostream& out, json const& object) {
     }
 }
 
-std::string shown(std::u16string const& text) {
-    std::u16string printable;
-    for (char16_t const unit : text) {
-        bool const hides = unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x061C ||
-                           unit == 0x200E || unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
-                           (unit >= 0x2066 && unit <= 0x2069);
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(unit));
-        hides ? printable.append(escape, escape + 6) : printable.append(1, unit);
-    }
-    return to_filesystem(printable);
-}
+std::string shown(std::u16string const& text) { return to_filesystem(fs::detail::escaped(text)); }
 
 std::string printed(std::u16string const& text) {
     return ::isatty(STDOUT_FILENO) != 0 ? shown(text) : to_filesystem(text);

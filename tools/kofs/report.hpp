@@ -5,6 +5,7 @@
 #include <string>
 
 #include <ko/filesystem.hpp>
+#include <nlohmann/json.hpp>
 
 #include "command.hpp"
 
@@ -20,10 +21,27 @@ int report_failure(arguments const& given, std::exception const& error);
 /// Prints a path, followed by a newline, or by a zero byte with --print0.
 void print_path(arguments const& given, std::string const& path);
 
-/// Prints the command, its operands and the member `name` as one JSON object on one line.
-void print_json(arguments const& given, char const* name, json const& value);
+/// Prints the command, its operands, the member `name` and those of `more`, an object, as one JSON
+/// object on one line.
+void print_json(arguments const& given, char const* name, json const& value,
+                json const& more = json::object());
 
 json json_of(std::exception const& error);
+
+/// A failure at an entry of a tree that is being copied.
+class entry_failure : public std::exception {
+public:
+    /// `from` is empty before the first entry. `reason` replaces that of the failure if it isn't null.
+    entry_failure(std::exception const& error, std::u16string const& from, std::u16string const& to,
+                  char const* reason);
+
+    char const* what() const noexcept override { return what_.c_str(); }
+    json const& described() const noexcept { return described_; }
+
+private:
+    std::string what_;
+    json described_;
+};
 
 /// Prints an object, one line for each member.
 void print_rows(std::ostream& out, json const& object);

@@ -1,40 +1,15 @@
 #include <ko/filesystem/exceptions/describe.hpp>
 
-#include <cstddef>
-#include <system_error>
-
 #include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/exceptions/escape.hpp>
 #include <ko/filesystem/exceptions/invalid_argument.hpp>
 
 namespace ko::filesystem {
 
 namespace {
 
-bool is_high_surrogate(char16_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool is_low_surrogate(char16_t unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-bool must_be_escaped(char16_t unit) noexcept {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || (unit >= 0x2028 && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
-}
-
 std::string on_one_line(std::u16string const& text) {
-    std::u16string line;
-    for (std::size_t i = 0; i != text.size(); ++i) {
-        char16_t const unit = text[i];
-        bool const is_pair =
-            is_high_surrogate(unit) && i + 1 != text.size() && is_low_surrogate(text[i + 1]);
-        bool const is_lone = !is_pair && (is_high_surrogate(unit) || is_low_surrogate(unit));
-        if (is_lone || must_be_escaped(unit)) {
-            line += u"\\u";
-            for (int shift = 12; shift >= 0; shift -= 4)
-                line += u"0123456789ABCDEF"[(unit >> shift) & 0xF];
-            continue;
-        }
-        line += unit;
-        if (is_pair) line += text[++i];
-    }
-    return detail::to_filesystem(line);
+    return detail::to_filesystem(detail::escaped(text));
 }
 
 /// For foreign texts: the system's depend on the locale, and callers may construct any message.
@@ -42,36 +17,22 @@ std::string on_one_line(std::string const& text) {
     return on_one_line(detail::from_filesystem(text));
 }
 
-/// The values of `kind()`.
-enum kinds {
-    invalid_argument = 1,
-    invalid_operation = 2,
-    file_name_too_large = 3,
-    access_denied = 6,
-    path_not_found = 7,
-    not_directory_error = 8,
-    directory_not_empty = 9,
-    file_is_directory = 10,
-    file_exists_error = 11,
-    system_error = 13
-};
-
 std::string what_happened(FsysExceptionBase const& error) {
     switch (error.kind()) {
-        case invalid_argument:
+        case error_kind::invalid_argument:
             if (auto const* const invalid = dynamic_cast<InvalidArgument const*>(&error))
                 if (!invalid->message().empty()) return on_one_line(invalid->message());
             return "invalid argument";
-        case invalid_operation: return "not possible on this platform";
-        case file_name_too_large: return "name too long";
-        case access_denied: return "permission denied";
-        case path_not_found: return error.path().empty() ? "cannot find the path" : "cannot find";
-        case not_directory_error: return "not a directory";
-        case directory_not_empty: return "directory not empty";
-        case file_is_directory: return "is a directory";
-        case file_exists_error: return "already exists";
-        case system_error:
-            return on_one_line(std::generic_category().message(error.system_error_number()));
+        case error_kind::invalid_operation: return "not possible on this platform";
+        case error_kind::file_name_too_large: return "name too long";
+        case error_kind::access_denied: return "permission denied";
+        case error_kind::path_not_found:
+            return error.path().empty() ? "cannot find the path" : "cannot find";
+        case error_kind::not_directory_error: return "not a directory";
+        case error_kind::directory_not_empty: return "directory not empty";
+        case error_kind::file_is_directory: return "is a directory";
+        case error_kind::file_exists_error: return "already exists";
+        case error_kind::system_error: return on_one_line(error.code().message());
         default: return on_one_line(std::string(error.what()));
     }
 }
@@ -80,7 +41,7 @@ std::string what_happened(FsysExceptionBase const& error) {
 
 std::string describe(FsysExceptionBase const& error) {
     std::string line = what_happened(error);
-    char const* separator = error.kind() == path_not_found ? " " : ": ";
+    char const* separator = error.kind() == error_kind::path_not_found ? " " : ": ";
     auto const append = [&](std::u16string const& text) {
         if (text.empty()) return;
         line += separator;
@@ -90,6 +51,11 @@ std::string describe(FsysExceptionBase const& error) {
     append(error.path());
     for (std::u16string const& argument : error.arguments()) append(argument);
     return line;
+}
+
+std::string describe(std::exception const& error) {
+    auto const* const own = dynamic_cast<FsysExceptionBase const*>(&error);
+    return own != nullptr ? describe(*own) : on_one_line(std::string(error.what()));
 }
 
 }  // namespace ko::filesystem

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 
 #include <ko/filesystem/config.hpp>
@@ -13,10 +14,16 @@ namespace ko::filesystem {
 /// this text may change.
 ///
 /// Characters that would break the line or not be visible (control characters, U+2028 and U+2029,
-/// overrides of the writing direction, unpaired surrogates) are escaped as by `printHelper` of
-/// InvalidArgument.
+/// marks and overrides of the writing direction, unpaired surrogates) are escaped as by
+/// `printHelper` of InvalidArgument.
 ///
 /// describe(PathNotFound(u"/a/b"));  // "cannot find /a/b"
-KO_FILESYSTEM_API std::string describe(FsysExceptionBase const& error);
+[[nodiscard]] KO_FILESYSTEM_API std::string describe(FsysExceptionBase const& error);
+
+/// The same for every exception: for one that is not of the library its `what()`, in which bytes
+/// that are not UTF-8 become U+FFFD.
+///
+/// catch (std::exception const& error) { std::cerr << describe(error) << '\n'; }
+[[nodiscard]] KO_FILESYSTEM_API std::string describe(std::exception const& error);
 
 }  // namespace ko::filesystem

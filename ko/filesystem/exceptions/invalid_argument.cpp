@@ -1,9 +1,6 @@
 #include <ko/filesystem/exceptions/invalid_argument.hpp>
 
-#include <iomanip>
-#include <ios>
-#include <locale>
-#include <sstream>
+#include <ko/filesystem/exceptions/escape.hpp>
 
 namespace ko::filesystem {
 
@@ -11,24 +8,22 @@ namespace {
 
 /// Terminates the process if memory runs out: a truncated description would mislead.
 std::string printable(std::u16string const& text) noexcept {
-    std::ostringstream out;
-    out.imbue(std::locale::classic());      // a global locale may group digits
-    out.exceptions(std::ios_base::badbit);  // else lack of memory would only truncate the text
-    out << std::hex << std::uppercase << std::setfill('0');
+    std::string result;
     for (char16_t const unit : text) {
         if (unit >= 0x20 && unit <= 0x7F)
-            out << static_cast<char>(unit);
+            result += static_cast<char>(unit);
         else
-            out << "\\u" << std::setw(4) << static_cast<unsigned>(unit);
+            detail::append_escape(result, unit);
     }
-    return out.str();
+    return result;
 }
 
 }  // namespace
 
 InvalidArgument::InvalidArgument(std::string const& message, std::u16string const& path,
                                  std::vector<std::u16string> const& arguments)
-    : FsysExceptionBase("ko:filesystem:InvalidArgument", 1, path, arguments, 0),
+    : FsysExceptionBase("ko:filesystem:InvalidArgument", error_kind::invalid_argument, path,
+                        arguments, 0),
       message_(message) {}
 
 InvalidArgument::~InvalidArgument() = default;

@@ -61,11 +61,12 @@ ptime last_write_time_impl(std::u16string const& native) {
 
 timespec to_timespec(ptime const& time) {
     constexpr std::int64_t microseconds = 1'000'000;
-    std::int64_t const count = (time - ptime(ptime::time_rep_type(std::int64_t{0}))).ticks();
+    std::int64_t const count = detail::julian_microseconds(time);
     std::int64_t seconds = count / microseconds, rest = count % microseconds;
     if (rest < 0) --seconds, rest += microseconds;
     timespec result{};
-    result.tv_sec = static_cast<std::time_t>(seconds - detail::julian_seconds_of_epoch);
+    result.tv_sec =
+        static_cast<std::time_t>(seconds - detail::julian_microseconds_of_epoch / microseconds);
     result.tv_nsec = static_cast<long>(rest * 1000);
     return result;
 }

@@ -20,17 +20,17 @@ std::string low_bytes(std::u16string const& path) {
 
 }  // namespace
 
-void throw_error_code_exception(boost::system::error_code const& ec, std::u16string const& path1,
+void throw_error_code_exception(int error, std::u16string const& path1,
                                 std::u16string const& path2) {
-    if (ec.value() != 0) throw_errno_exception(ec.value(), low_bytes(path1), low_bytes(path2));
+    if (error != 0) throw_errno_exception(error, low_bytes(path1), low_bytes(path2));
 }
 
-void throw_copy_error_code_exception(boost::system::error_code const& ec,
-                                     std::u16string const& from, std::u16string const& to) {
-    switch (blame_for_copy(ec.value(), from)) {
-        case blame::source: return throw_error_code_exception(ec, from, {});
-        case blame::destination: return throw_error_code_exception(ec, to, {});
-        case blame::both: return throw_error_code_exception(ec, from, to);
+void throw_copy_error_code_exception(int error, std::u16string const& from,
+                                     std::u16string const& to) {
+    switch (blame_for_copy(error, from)) {
+        case blame::source: return throw_error_code_exception(error, from, {});
+        case blame::destination: return throw_error_code_exception(error, to, {});
+        case blame::both: return throw_error_code_exception(error, from, to);
     }
 }
 

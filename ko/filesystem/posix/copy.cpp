@@ -6,9 +6,9 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <boost/filesystem/directory.hpp>
@@ -26,6 +26,7 @@
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/posix/boost_error.hpp>
+#include <ko/filesystem/posix/directory_maker.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
 #include <ko/filesystem/posix/foreign_rights.hpp>
@@ -64,6 +65,18 @@ void validate(copy_option options) {
             "cannot be used together");
 }
 
+/// A path in both forms, so that none is converted twice on its way through a tree.
+struct place {
+    std::u16string const& text;
+    char const* path8;
+};
+
+/// Whether something is at `to`, whose tilde is deliberately expanded.
+bool exists_at(place to) {
+    return algorithm::begins_with_tilde<char16_t>(to.text) ? exists(to.text)
+                                                           : exists_natively(to.path8);
+}
+
 // Files
 
 constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
@@ -75,81 +88,111 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
     return overwrite ? options | boost_fs::copy_options::overwrite_existing : options;
 }
 
-/// The error number if Boost would block or lose data, else 0. Boost opens files before it checks
-/// them: a pipe blocks it for ever, and the target is truncated before it is compared.
-/// `mode` is that of the source, 0 if not yet known; then it is set.
-int refusal(char const* from8, char const* to8, bool overwrite, mode_t& mode) noexcept {
-    if (S_ISREG(mode) && !overwrite) return 0;
-    struct stat source;
-    if (::stat(from8, &source) != 0) return 0;
-    mode = source.st_mode;
-    if (S_ISFIFO(mode)) return ENOSYS;
+/// The error number for a copy that would block or lose data, else 0. Boost opens files before it
+/// checks them: a pipe blocks it for ever, and the target is truncated before it is compared.
+int refusal(struct stat const& source, char const* to8, bool overwrite) noexcept {
+    if (S_ISFIFO(source.st_mode)) return ENOSYS;
     struct stat target;
     if (!overwrite || ::stat(to8, &target) != 0) return 0;
     if (S_ISFIFO(target.st_mode)) return ENOSYS;
     bool const onto_itself = file_identity(source) == file_identity(target);
-    return onto_itself && S_ISREG(mode) ? EEXIST : 0;
+    return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
 }
 
-void copy_file_by_boost(std::u16string const& from, std::u16string const& to, bool overwrite,
-                        mode_t mode) {
-    system_path const from8(from);
-    system_path const to8(to);
-    error_code ec(refusal(from8.c_str(), to8.c_str(), overwrite, mode),
-                  boost::system::system_category());
-    if (!ec.failed())
-        boost_fs::copy_file(from8.c_str(), to8.c_str(), file_copy_options(overwrite), ec);
-    if (!ec.failed() && (mode & set_id_bits) != 0)
-        ec.assign(drop_foreign_rights(from8.c_str(), to8.c_str()),
-                  boost::system::system_category());
-    if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
+/// Copies files, one after the other, by Boost.
+class file_copier {
+public:
+    /// `known` is the status of `from`, links followed, or null.
+    void copy(place from, place to, bool overwrite, struct stat const* known) {
+        struct stat source {};
+        if (known != nullptr)
+            source = *known;
+        else if (::stat(from.path8, &source) != 0)
+            source = {};  // Boost reports why
+        int error = refusal(source, to.path8, overwrite);
+        if (error == 0) error = copy_by_boost(from.path8, to.path8, overwrite);
+        if (error == 0 && (source.st_mode & set_id_bits) != 0)
+            error = drop_foreign_rights(source, to.path8);
+        if (error != 0) throw_copy_error_code_exception(error, from.text, to.text);
+    }
+
+private:
+    int copy_by_boost(char const* from8, char const* to8, bool overwrite) {
+        from_ = from8;
+        to_ = to8;
+        error_code code;
+        boost_fs::copy_file(from_, to_, file_copy_options(overwrite), code);
+        return code.value();
+    }
+
+    // Kept to reuse their memory.
+    boost_fs::path from_;
+    boost_fs::path to_;
+};
+
+/// The status as `status` has it, but of the path exactly as given.
+file_status status_at(char const* path8) {
+    file_status result;
+    auto const error = try_status(&::stat, path8, result);
+    if (error && *error != EINVAL) throw_errno_exception(*error, {}, {});
+    return result;
 }
 
-bool is_up_to_date(std::u16string const& from, std::u16string const& to) {
-    file_status const target = status(to);
+bool is_up_to_date(char const* from8, char const* to8) {
+    file_status const target = status_at(to8);
     if (target.type != file_status::regular_file) return false;
-    file_status const source = status(from);
+    file_status const source = status_at(from8);
     // A missing source counts as newer, so that the copy reports it.
     return source.type != file_status::file_not_found &&
            target.last_write_time >= source.last_write_time;
 }
 
-/// `mode` is that of the source, 0 if not yet known.
-void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options,
-                    mode_t mode) {
+/// Copies a file by the options that remain when `skip_existing` is settled. `known` as in
+/// `file_copier`.
+void copy_file_by(file_copier& copier, place from, place to, copy_option options,
+                  struct stat const* known) {
+    if (has(options, copy_option::update_existing)) {
+        if (!is_up_to_date(from.path8, to.path8)) copier.copy(from, to, /*overwrite=*/true, known);
+    } else if (has(options, copy_option::create_symlinks)) {
+        create_symlink(from.text, to.text, file_status::file_type_auto);
+    } else {
+        copier.copy(from, to, has(options, copy_option::overwrite_if_exists), known);
+    }
+}
+
+void copy_file_impl(std::u16string const& from, std::u16string const& to, copy_option options) {
     reject_empty_path(from);
     reject_empty_path(to);
     if (has(options, copy_option::skip_existing)) {
-        // All other options are ignored, including create_symlinks.
-        if (!exists(to)) copy_file_by_boost(from, to, /*overwrite=*/false, mode);
-    } else if (has(options, copy_option::update_existing)) {
-        if (!is_up_to_date(from, to)) copy_file_by_boost(from, to, /*overwrite=*/true, mode);
-    } else if (has(options, copy_option::create_symlinks)) {
-        create_symlink(from, to, file_status::file_type_auto);
-    } else {
-        copy_file_by_boost(from, to, has(options, copy_option::overwrite_if_exists), mode);
+        if (exists(to)) return;
+        options = copy_option::none;  // including create_symlinks
     }
+    system_path const from8(from);
+    system_path const to8(to);
+    file_copier copier;
+    copy_file_by(copier, {from, from8.c_str()}, {to, to8.c_str()}, options, nullptr);
 }
 
 // Links
 
-/// The text of the link at `path8`.
-std::u16string link_target(char const* path8) {
-    std::u16string target = read_link_target(path8);
-    if (target.empty()) throw_invalid_argument("Target of the symbolic link does not exist");
-    return target;
+/// The text of the link at `path8`, in bytes.
+std::string link_target(char const* path8) {
+    std::string target8 = read_link_bytes(path8);
+    if (from_filesystem_strict(target8).empty())
+        throw_invalid_argument("Target of the symbolic link does not exist");
+    return target8;
 }
 
 void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(from);
     reject_empty_path(to);
     system_path const from8(from);
-    file_status const source = read_status(&::lstat, from8.c_str());
+    struct stat found;
     // Deliberately without the path, as in `copy`.
-    if (source.type == file_status::file_not_found) throw cloneable(PathNotFound({}));
-    if (source.type != file_status::symlink_file)
-        throw_invalid_argument("Non-symbolic link file is not permitted");
-    make_link(link_target(from8.c_str()), to, file_status::file_type_auto);
+    if (!examine(&::lstat, from8.c_str(), found)) throw cloneable(PathNotFound({}));
+    if (!S_ISLNK(found.st_mode)) throw_invalid_argument("Non-symbolic link file is not permitted");
+    std::string const target8 = link_target(from8.c_str());
+    make_link_at(target8.c_str(), system_path(to).c_str());
 }
 
 // Directories
@@ -159,57 +202,63 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(to);
     system_path const from8(from);
     system_path const to8(to);
-    error_code ec;
-    boost_fs::create_directory(to8.c_str(), from8.c_str(), ec);
-    if (ec.failed()) throw_copy_error_code_exception(ec, from, to);
+    error_code code;
+    boost_fs::create_directory(to8.c_str(), from8.c_str(), code);
+    if (code.failed()) throw_copy_error_code_exception(code.value(), from, to);
 }
 
-/// Makes the missing directory `to` and every missing one above it.
-void make_target(std::u16string const& to, bool has_parent) {
-    if (!has_parent) return create_directories(to);
-    try {
-        create_directory(to);
-    } catch (PathNotFound const&) {
-        create_directories(to);
-    }
+/// Makes the missing directory `to8` and every missing one above it.
+void make_target(std::string const& to8, bool has_parent) {
+    int const error = has_parent ? make_directory(to8.c_str()) : ENOENT;
+    if (error == ENOENT) return make_directories(to8);
+    if (error != 0) throw_errno_exception(error, to8, {});
 }
 
 // Anything
 
-/// The mode bits from stat, which `file_status` has unchanged.
-mode_t mode_of(file_status const& found) noexcept {
-    return static_cast<mode_t>(found.type | found.permissions);
-}
-
 /// One call of `copy`.
 class tree_copy {
 public:
-    explicit tree_copy(copy_option options, copy_observer const& observer) noexcept
+    tree_copy(copy_option options, copy_observer const& observer)
         : options_(options), observer_(observer) {}
 
-    void copy(std::u16string const& from, std::u16string const& to) { copy(from, to, nullptr); }
+    void copy(std::u16string const& from, std::u16string const& to);
 
 private:
-    /// A directory whose contents are being copied, linked to those above it.
+    /// A directory whose contents are being copied.
     struct level {
-        std::string path8;
-        std::optional<file_identity> source;
-        std::optional<file_identity> target;
-        level const* outer;
+        /// Lists `from`, whose identity is `identity` if that is known, to copy it to `to`.
+        level(place from, std::optional<file_identity> const& identity, place to);
+
+        void advance();
+
+        // Both paths; that of the current entry while it is copied.
+        std::u16string source;
+        std::u16string target;
+        std::string target8;
+        std::string source8;  ///< of the directory only: the listing has those of the entries
+        std::size_t source_length, target_length, target8_length;
+
+        std::optional<file_identity> source_identity;
+        std::optional<file_identity> target_identity;
+        boost_fs::directory_iterator entry;
     };
 
     bool has(copy_option any_of) const noexcept { return detail::has(options_, any_of); }
 
-    void ask(copy_step const& step, char const* from8);
-    void copy(std::u16string const& from, std::u16string const& to, level const* outer);
-    void copy_followed(std::u16string const& from, char const* from8, std::u16string const& to,
-                       level const* outer);
-    void copy_contents(std::u16string const& from, std::u16string const& to, level const* outer,
-                       char const* found8);
-    void copy_entries(level const& listed, std::u16string const& to);
+    struct stat look_at(place from, std::u16string const& to);
+    bool is_skipped(struct stat const& found) const noexcept;
+    void copy_found(struct stat const& found, place from, place to);
+    void copy_any(place from, place to);
+    void copy_file(struct stat const& found, place from, place to);
+    void copy_followed(place from, place to);
+    void copy_directory_contents(place from, std::optional<file_identity> const& identity, place to,
+                                 char const* found8);
+    void copy_entry();
 
     void look_above(std::string const& to8);
-    bool is_written_to(file_identity const& directory, level const* innermost) const;
+    bool is_listed(file_identity const& directory) const;
+    bool is_written_to(file_identity const& directory) const;
 
     copy_option const options_;
     copy_observer const& observer_;
@@ -217,98 +266,171 @@ private:
     std::uint64_t bytes_ = 0;
     /// The target of the outermost directory and all directories above it.
     std::vector<file_identity> above_target_;
+    /// Those being copied, innermost last: no recursion, so that a small stack suffices.
+    std::list<level> levels_;
+    file_copier copier_;
+    // The entry's name, kept to reuse the memory.
+    std::u16string name_;
+    std::string name8_;
 };
 
-/// Calls the observer, if there is one, and counts the entry as done: after a failure there is no
-/// further call.
-void tree_copy::ask(copy_step const& step, char const* from8) {
-    if (!observer_) return;
-    if (!observer_(step)) throw_errno_exception(ECANCELED, from8, system_path(step.to).c_str());
-    ++entries_;
-    if (step.what.type == file_status::regular_file) bytes_ += step.what.size;
-}
-
-void tree_copy::copy(std::u16string const& from, std::u16string const& to, level const* outer) {
+void tree_copy::copy(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(from);
     reject_empty_path(to);
     system_path const from8(from);
-    file_status const found = read_status(&::lstat, from8.c_str());
-    // Deliberately without the path.
-    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound({}));
-    ask({from, to, found, entries_, bytes_}, from8.c_str());
-    switch (found.type) {
-        case file_status::symlink_file:
-            if (has(copy_option::copy_symlinks)) return copy_symlink_impl(from, to);
-            if (has(copy_option::skip_symlinks)) return;
-            return copy_followed(from, from8.c_str(), to, outer);
-        case file_status::regular_file: return copy_file_impl(from, to, options_, mode_of(found));
-        case file_status::directory_file: return copy_contents(from, to, outer, from8.c_str());
-        default: throw_invalid_argument("Unsupported file type");
+    place const source{from, from8.c_str()};
+    struct stat const found = look_at(source, to);
+    if (is_skipped(found)) return;
+    system_path const to8(to);
+    copy_found(found, source, {to, to8.c_str()});
+    while (!levels_.empty()) {
+        std::size_t const depth = levels_.size();
+        if (levels_.back().entry != boost_fs::directory_iterator())
+            copy_entry();
+        else
+            levels_.pop_back();
+        // The contents of an entry come before what follows it.
+        if (levels_.size() <= depth && !levels_.empty()) levels_.back().advance();
     }
+}
+
+/// The status of `from`, a link not followed. Then calls the observer, if there is one, and counts
+/// the entry as done: after a failure there is no further call.
+struct stat tree_copy::look_at(place from, std::u16string const& to) {
+    struct stat found;
+    // Deliberately without the path.
+    if (!examine(&::lstat, from.path8, found)) throw cloneable(PathNotFound({}));
+    if (observer_) {
+        file_status const what = to_file_status(found);
+        if (!observer_({from.text, to, what, entries_, bytes_}))
+            throw_errno_exception(ECANCELED, from.path8, system_path(to).c_str());
+        ++entries_;
+        if (S_ISREG(found.st_mode)) bytes_ += what.size;
+    }
+    if (!S_ISLNK(found.st_mode) && !S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode))
+        throw_invalid_argument("Unsupported file type");
+    return found;
+}
+
+bool tree_copy::is_skipped(struct stat const& found) const noexcept {
+    return S_ISLNK(found.st_mode) && !has(copy_option::copy_symlinks) &&
+           has(copy_option::skip_symlinks);
+}
+
+void tree_copy::copy_found(struct stat const& found, place from, place to) {
+    if (S_ISREG(found.st_mode))
+        copy_file(found, from, to);
+    else if (S_ISDIR(found.st_mode))
+        copy_directory_contents(from, file_identity(found), to, from.path8);
+    else if (has(copy_option::copy_symlinks))
+        make_link_at(link_target(from.path8).c_str(), to.path8);
+    else
+        copy_followed(from, to);
+}
+
+void tree_copy::copy_any(place from, place to) {
+    struct stat const found = look_at(from, to.text);
+    if (!is_skipped(found)) copy_found(found, from, to);
+}
+
+void tree_copy::copy_file(struct stat const& found, place from, place to) {
+    copy_option options = options_;
+    if (has(copy_option::skip_existing)) {
+        if (exists_at(to)) return;
+        options = copy_option::none;
+    }
+    copy_file_by(copier_, from, to, options, &found);
 }
 
 /// Copies the target of the link `from`.
-void tree_copy::copy_followed(std::u16string const& from, char const* from8,
-                              std::u16string const& to, level const* outer) {
-    std::u16string const target = link_target(from8);
+void tree_copy::copy_followed(place from, place to) {
+    std::string const target8 = link_target(from.path8);
+    std::u16string const target = from_filesystem_strict(target8);
     // Deliberately as given: a relative target is resolved from the working directory, and nothing
     // is copied for a link to a link.
-    system_path const target8(target);
-    file_status const found = read_status(&::lstat, target8.c_str());
-    if (found.type == file_status::file_not_found) throw cloneable(PathNotFound(from));
-    if (found.type == file_status::regular_file)
-        return copy_file_impl(target, to, options_, mode_of(found));
-    if (found.type == file_status::directory_file) copy_contents(target, to, outer, from8);
+    struct stat found;
+    if (!examine(&::lstat, target8.c_str(), found)) throw cloneable(PathNotFound(from.text));
+    if (S_ISREG(found.st_mode)) return copy_file(found, {target, target8.c_str()}, to);
+    if (!S_ISDIR(found.st_mode)) return;
+    native_text const listed(target);
+    system_path const listed8(listed);
+    copy_directory_contents({listed, listed8.c_str()}, identify(listed8.c_str()), to, from.path8);
 }
 
-/// Copies the directory `from`, which was found as `found8`: its own path, or that of a link.
-void tree_copy::copy_contents(std::u16string const& from, std::u16string const& to,
-                              level const* outer, char const* found8) {
+/// Begins to copy the directory `from`, whose identity is `identity` if that is known, and which
+/// was found as `found8`: its own path, or that of a link.
+void tree_copy::copy_directory_contents(place from, std::optional<file_identity> const& identity,
+                                        place to, char const* found8) {
     if (has(copy_option::create_symlinks))
-        return create_symlink(from, to, file_status::file_type_auto);
-    if (!has(copy_option::recursive)) return copy_directory(from, to);
+        return create_symlink(from.text, to.text, file_status::file_type_auto);
+    if (!has(copy_option::recursive)) return copy_directory(from.text, to.text);
 
-    level listed{system_path(native_text(from)).string(), {}, {}, outer};
-    listed.source = identify(listed.path8.c_str());
-    for (level const* above = outer; above != nullptr && listed.source; above = above->outer)
-        if (listed.source == above->source) throw_errno_exception(ELOOP, found8, {});
+    bool const is_outermost = levels_.empty();
+    std::list<level> made;
+    level& listed = made.emplace_back(from, identity, to);
+    if (listed.source_identity && is_listed(*listed.source_identity))
+        throw_errno_exception(ELOOP, found8, {});
 
-    bool const to_exists = exists(to);
-    if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to));
+    struct stat existing;
+    bool const to_exists = exists_natively(listed.target8.c_str(), existing);
+    if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to.text));
 
-    std::string const to8 = system_path(native_text(to)).string();
-    if (outer == nullptr) look_above(to8);
-    if (listed.source && is_written_to(*listed.source, outer))
-        throw_errno_exception(EINVAL, listed.path8, to8);
+    if (is_outermost) look_above(listed.target8);
+    if (listed.source_identity && is_written_to(*listed.source_identity))
+        throw_errno_exception(EINVAL, listed.source8, listed.target8);
 
-    if (!to_exists) make_target(to, /*has_parent=*/outer != nullptr);
-    listed.target = identify(to8.c_str());
-    if (listed.source && listed.source == listed.target)
-        throw_errno_exception(EINVAL, listed.path8, to8);
-    if (outer == nullptr && !to_exists) look_above(to8);  // including what has been made
-    copy_entries(listed, to);
+    if (!to_exists) make_target(listed.target8, /*has_parent=*/!is_outermost);
+    listed.target_identity = to_exists ? file_identity(existing) : identify(listed.target8.c_str());
+    if (listed.source_identity && listed.source_identity == listed.target_identity)
+        throw_errno_exception(EINVAL, listed.source8, listed.target8);
+    if (is_outermost && !to_exists) look_above(listed.target8);  // including what has been made
+    // Without an error code: failures of the listing are thrown as Boost's own exceptions.
+    listed.entry = boost_fs::directory_iterator(make_access_form(listed.source8));
+    levels_.splice(levels_.end(), made);
 }
 
-/// Copies everything in the directory `listed` into the existing directory `to`.
-void tree_copy::copy_entries(level const& listed, std::u16string const& to) {
-    // Buffers for the paths of the entries, which then need no allocation each.
-    std::u16string source = from_filesystem_strict(listed.path8);
-    std::u16string target = make_native_form(to, /*expand_tilde=*/true);
-    std::size_t const source_length = source.size();
-    std::size_t const target_length = target.size();
-    // Without an error code: failures of the listing are thrown as Boost's own exceptions.
-    for (boost_fs::directory_iterator entry(make_access_form(listed.path8)), end; entry != end;
-         ++entry) {
-        std::string_view const path8 = entry->path().native();
-        std::u16string const name = from_filesystem_strict(algorithm::filename<char>(path8));
-        reject_empty_path(name);  // not UTF-8
-        concatenate_pathname(source, name, /*expand_tilde=*/false);
-        // Deliberately expands the tilde of a name like "~x".
-        concatenate_pathname(target, name, /*expand_tilde=*/true);
-        copy(source, target, &listed);
-        source.resize(source_length);
-        target.resize(target_length);
+/// Copies the current entry of the innermost directory, or begins with its contents.
+void tree_copy::copy_entry() {
+    level& listed = levels_.back();
+    char const* const path8 = listed.entry->path().c_str();
+    name8_ = algorithm::filename<char>(path8);
+    // Empty as well if the name is not UTF-8.
+    if (!try_from_filesystem(name8_, name_)) name_.clear();
+    reject_empty_path(name_);
+    concatenate_pathname(listed.source, name_, /*expand_tilde=*/false);
+    // Deliberately expands the tilde of a name like "~x".
+    concatenate_pathname(listed.target, name_, /*expand_tilde=*/true);
+    if (algorithm::begins_with_tilde<char>(name8_))
+        listed.target8 = system_path(listed.target).string();
+    else
+        algorithm::concatenate(listed.target8, name8_, /*expand_tilde=*/false);
+    copy_any({listed.source, path8}, {listed.target, listed.target8.c_str()});
+}
+
+tree_copy::level::level(place from, std::optional<file_identity> const& identity, place to)
+    : source(from.text),
+      target(to.text),
+      target8(to.path8),
+      source8(from.path8),
+      source_identity(identity) {
+    // Expanded even if a path object has kept it.
+    if (algorithm::begins_with_tilde<char16_t>(source)) {
+        source = make_native_form(source, /*expand_tilde=*/true);
+        source8 = system_path(source).string();
+        source_identity = identify(source8.c_str());
     }
+    if (algorithm::begins_with_tilde<char16_t>(target)) {
+        target = make_native_form(target, /*expand_tilde=*/true);
+        target8 = system_path(target).string();
+    }
+    // Joined with names, an empty text would become the working directory.
+    if (source8.empty() || target8.empty()) throw_errno_exception(ENOENT, {}, {});
+    source_length = source.size(), target_length = target.size(), target8_length = target8.size();
+}
+
+void tree_copy::level::advance() {
+    source.resize(source_length), target.resize(target_length), target8.resize(target8_length);
+    ++entry;
 }
 
 void tree_copy::look_above(std::string const& to8) {
@@ -316,12 +438,17 @@ void tree_copy::look_above(std::string const& to8) {
     if (error != 0) throw_errno_exception(error, to8, {});
 }
 
-/// Whether `directory` is a target of `innermost` or of a level around it, or is above them all:
-/// listing it would not end.
-bool tree_copy::is_written_to(file_identity const& directory, level const* innermost) const {
-    for (level const* above = innermost; above != nullptr; above = above->outer)
-        if (above->target == directory) return true;
-    return std::find(above_target_.begin(), above_target_.end(), directory) != above_target_.end();
+bool tree_copy::is_listed(file_identity const& directory) const {
+    return std::any_of(levels_.begin(), levels_.end(),
+                       [&](level const& above) { return above.source_identity == directory; });
+}
+
+/// Whether `directory` is a target of a level, or is above them all: listing it would not end.
+bool tree_copy::is_written_to(file_identity const& directory) const {
+    return std::find(above_target_.begin(), above_target_.end(), directory) !=
+               above_target_.end() ||
+           std::any_of(levels_.begin(), levels_.end(),
+                       [&](level const& above) { return above.target_identity == directory; });
 }
 
 }  // namespace
@@ -348,11 +475,11 @@ void copy(std::u16string const& from, std::u16string const& to, copy_option opti
 
 void copy_file(upath const& from, upath const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options, /*mode=*/0);
+    detail::copy_file_impl(native_text(from), native_text(to), options);
 }
 void copy_file(std::u16string const& from, std::u16string const& to, copy_option options) {
     detail::validate(options);
-    detail::copy_file_impl(native_text(from), native_text(to), options, /*mode=*/0);
+    detail::copy_file_impl(native_text(from), native_text(to), options);
 }
 
 void copy_directory(upath const& from, upath const& to) {

@@ -1,9 +1,12 @@
 #include <ko/filesystem/current_path.hpp>
 
+#include <dlfcn.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include <ko/filesystem/detail/current_directory.hpp>
@@ -19,10 +22,27 @@ namespace ko::filesystem {
 
 namespace {
 
-std::mutex& cwd_mutex() {
-    static std::mutex mutex;
+/// Never destroyed, since fork calls its handlers until the process ends.
+std::mutex& cwd_mutex() noexcept {
+    alignas(std::mutex) static unsigned char memory[sizeof(std::mutex)];
+    static std::mutex& mutex = *::new (memory) std::mutex;
     return mutex;
 }
+
+void lock_cwd() noexcept { cwd_mutex().lock(); }
+void unlock_cwd() noexcept { cwd_mutex().unlock(); }
+
+// The thread that calls fork, the only one that the child has, holds the lock meanwhile: no thread
+// that the child lacks has it. When the library is loaded, no thread can be inside yet.
+[[maybe_unused]] bool const survives_fork = [] {
+#ifdef __APPLE__
+    // macOS would call the handlers of an unloaded library, so it stays loaded.
+    Dl_info self;
+    if (::dladdr(reinterpret_cast<void const*>(&lock_cwd), &self) != 0)
+        ::dlopen(self.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+#endif
+    return ::pthread_atfork(&lock_cwd, &unlock_cwd, &unlock_cwd) == 0;
+}();
 
 }  // namespace
 

@@ -37,58 +37,62 @@ namespace {
 using detail::native_text;
 using detail::throw_errno_exception;
 
-/// The path of an entry, for system calls.
-class entry_path8 {
-public:
-    entry_path8(upath const& path, std::string const& bytes)
-        : converted_(path.native()), text_(bytes.empty() ? converted_.c_str() : bytes.c_str()) {}
-
-    char const* c_str() const noexcept { return text_; }
-
-private:
-    detail::system_path const converted_;
-    char const* const text_;
-};
-
 /// Returns the not-found value for ENOENT and for `other_absent`.
-file_status status_at(entry_path8 const& path8, detail::stat_function stat_or_lstat,
-                      int other_absent = 0) {
+file_status status_at(std::string const& path8, detail::stat_function stat_or_lstat,
+                      int other_absent) {
     file_status result;
     auto const error = detail::try_status(stat_or_lstat, path8.c_str(), result);
-    if (error && *error != other_absent) throw_errno_exception(*error, path8.c_str(), {});
-    return result;
-}
-
-file_status existing_status_at(entry_path8 const& path8) {
-    file_status const result = status_at(path8, &::stat);
-    if (result.type == file_status::file_not_found)
-        throw_errno_exception(ENOENT, path8.c_str(), {});
+    if (error && *error != other_absent) throw_errno_exception(*error, path8, {});
     return result;
 }
 
 }  // namespace
 
+directory_entry::directory_entry(upath const& p) : path_(p.with_expand_tilde(false)) {
+    path8_ = detail::system_path(path_.native()).string();
+    name8_ = detail::path_traits<char, char>::extract_filename(path8_);
+    status_ = status_at(path8_, &::lstat, ENOENT);
+}
+directory_entry::directory_entry(std::u16string const& p) : directory_entry(upath(p)) {}
+
 upath const& directory_entry::path() const {
-    if (!has_path())
+    if (!has_path_)
         throw detail::cloneable(
-            InvalidArgument("Invalid UTF-8", detail::from_filesystem(bytes_), {}));
+            InvalidArgument("Invalid UTF-8", detail::from_filesystem(path8_), {}));
     return path_;
 }
 
-std::uint32_t directory_entry::type() const {
-    if (type_ != file_status::file_type_unknown) return type_;
-    return status_at({path_, bytes_}, &::lstat).type;
+file_status directory_entry::unfollowed_status(int other_absent) const {
+    if (status_error_ == status_not_read) return status_at(path8_, &::lstat, other_absent);
+    if (status_error_ == 0) return status_;
+    if (status_error_ != other_absent) throw_errno_exception(status_error_, path8_, {});
+    return {};
 }
 
-file_status directory_entry::status() const { return status_at({path_, bytes_}, &::stat, EINVAL); }
-file_status directory_entry::symlink_status() const {
-    return status_at({path_, bytes_}, &::lstat, EINVAL);
+file_status directory_entry::followed_status(int other_absent) const {
+    bool const is_link = status_.type == file_status::symlink_file;
+    if (is_link || status_error_ == status_not_read)
+        return status_at(path8_, &::stat, other_absent);
+    return unfollowed_status(other_absent);
 }
+
+file_status directory_entry::existing_status() const {
+    file_status const result = followed_status();
+    if (result.type == file_status::file_not_found) throw_errno_exception(ENOENT, path8_, {});
+    return result;
+}
+
+std::uint32_t directory_entry::type() const {
+    bool const is_known = status_error_ == 0 || status_.type != file_status::file_type_unknown;
+    return is_known ? status_.type : unfollowed_status().type;
+}
+
+file_status directory_entry::status() const { return followed_status(EINVAL); }
+file_status directory_entry::symlink_status() const { return unfollowed_status(EINVAL); }
 
 std::uint32_t directory_entry::followed_type() const {
     std::uint32_t const listed = type();
-    if (listed != file_status::symlink_file) return listed;
-    return status_at({path_, bytes_}, &::stat, ENOTDIR).type;
+    return listed == file_status::symlink_file ? followed_status(ENOTDIR).type : listed;
 }
 
 bool directory_entry::is_directory() const {
@@ -99,15 +103,14 @@ bool directory_entry::is_regular_file() const {
 }
 
 std::uint64_t directory_entry::file_size() const {
-    entry_path8 const path8(path_, bytes_);
-    file_status const found = existing_status_at(path8);
+    file_status const found = existing_status();
     if (found.type == file_status::regular_file) return found.size;
     bool const is_directory = found.type == file_status::directory_file;
-    throw_errno_exception(is_directory ? EISDIR : EINVAL, path8.c_str(), {});
+    throw_errno_exception(is_directory ? EISDIR : EINVAL, path8_, {});
 }
 
 boost::posix_time::ptime directory_entry::last_write_time() const {
-    return existing_status_at({path_, bytes_}).last_write_time;
+    return existing_status().last_write_time;
 }
 
 // The listing
@@ -131,7 +134,8 @@ bool means_no_directory(int error) noexcept {
 /// directory is open.
 class directory_listing {
 public:
-    directory_listing(std::u16string const& native, directory_option options, bool is_recursive);
+    directory_listing(std::u16string const& native, directory_option options,
+                      directory_error_handler&& on_error, bool is_recursive);
 
     bool is_at_end() const noexcept { return levels_.empty(); }
     directory_entry const& entry() const noexcept { return entry_; }
@@ -156,10 +160,13 @@ private:
     bool is_open(file_identity const& identity) const noexcept;
     void enter();
     void leave() noexcept;
+    void report(int error) const;
     void read();
     void take(::dirent const& found);
+    void read_status(::dirent const& found);
 
     directory_option const options_;
+    directory_error_handler const on_error_;
     bool const is_recursive_;
     std::vector<level> levels_;
     // The path of the last level's directory; `path_` only if it is UTF-8.
@@ -170,8 +177,8 @@ private:
 };
 
 directory_listing::directory_listing(std::u16string const& native, directory_option options,
-                                     bool is_recursive)
-    : options_(options), is_recursive_(is_recursive) {
+                                     directory_error_handler&& on_error, bool is_recursive)
+    : options_(options), on_error_(std::move(on_error)), is_recursive_(is_recursive) {
     reject_empty_path(native);
     path8_ = system_path(native).string();
     path_ = upath(native, /*expand_tilde=*/false);
@@ -212,12 +219,15 @@ bool directory_listing::open(int base, char const* name8, int flags) {
         bool const is_denied = error == EACCES;
         if (is_denied && has(options_, directory_option::skip_permission_denied)) return false;
         if (!levels_.empty() && means_no_directory(error)) return false;
-        throw_errno_exception(error, path8_, {});
+        report(error);
+        return false;
     }
     if (has(options_, directory_option::follow_directory_symlinks)) {
         struct stat found;
-        if (::fstat(::dirfd(opened.stream.get()), &found) != 0)
-            throw_errno_exception(errno, path8_, {});
+        if (::fstat(::dirfd(opened.stream.get()), &found) != 0) {
+            report(errno);
+            return false;
+        }
         opened.identity.emplace(found);
         if (is_open(*opened.identity)) return false;
     }
@@ -233,15 +243,15 @@ bool directory_listing::is_open(file_identity const& identity) const noexcept {
 /// Opens the entry if it is a directory or, if links are followed, leads to one. If the listing
 /// reports no types, opening the entry is the test.
 void directory_listing::enter() {
-    std::uint32_t const type = entry_.type_;
+    std::uint32_t const type = entry_.status_.type;
     bool const is_directory = type == file_status::directory_file;
     bool const is_link = type == file_status::symlink_file;
     bool const follows = has(options_, directory_option::follow_directory_symlinks);
     if (!is_directory && !(is_link && follows) && type != file_status::file_type_unknown) return;
     std::size_t const length_above = path8_.size();
-    algorithm::concatenate(path8_, entry_.name_, /*expand_tilde=*/false);
+    path8_ = entry_.path8_;
     int const base = ::dirfd(levels_.back().stream.get());
-    if (!open(base, entry_.name_.c_str(), is_directory || !follows ? O_NOFOLLOW : 0))
+    if (!open(base, entry_.name8_.c_str(), is_directory || !follows ? O_NOFOLLOW : 0))
         return path8_.resize(length_above);
     levels_.back().path8_length_above = length_above;
     levels_.back().has_path = entry_.has_path();
@@ -254,6 +264,17 @@ void directory_listing::leave() noexcept {
     levels_.pop_back();
 }
 
+/// Throws the exception for `error` in the directory `path8_`, unless the handler lets the listing go
+/// on.
+void directory_listing::report(int error) const {
+    if (!on_error_) throw_errno_exception(error, path8_, {});
+    try {
+        throw_errno_exception(error, path8_, {});
+    } catch (FsysExceptionBase const& failure) {
+        if (!on_error_(failure)) throw;
+    }
+}
+
 /// Advances to the next entry of the last level or, after its end, of those above.
 void directory_listing::read() {
     for (; !levels_.empty(); leave()) {
@@ -261,22 +282,36 @@ void directory_listing::read() {
             return take(*found);
         int const error = errno;
         // Linux reports ENOENT for an open directory that has been removed.
-        if (error != 0 && error != ENOENT) throw_errno_exception(error, path8_, {});
+        if (error != 0 && error != ENOENT) report(error);
     }
 }
 
 void directory_listing::take(::dirent const& found) {
-    entry_.name_ = found.d_name;
-    entry_.type_ = translated_type(static_cast<mode_t>(DTTOIF(found.d_type)));
-    if (levels_.back().has_path && try_from_filesystem(entry_.name_, name_)) {
-        entry_.bytes_.clear();
+    entry_.name8_ = found.d_name;
+    entry_.path8_ = path8_;
+    algorithm::concatenate(entry_.path8_, entry_.name8_, /*expand_tilde=*/false);
+    entry_.has_path_ = levels_.back().has_path && try_from_filesystem(entry_.name8_, name_);
+    if (entry_.has_path_) {
         entry_.path_ = path_;
         entry_.path_ /= name_;
     } else {
-        entry_.bytes_ = path8_;
-        algorithm::concatenate(entry_.bytes_, entry_.name_, /*expand_tilde=*/false);
         entry_.path_ = {};
     }
+    read_status(found);
+}
+
+/// Sets the status of the entry, or its type alone. Relative to the open directory the system finds
+/// it without a walk along the path.
+void directory_listing::read_status(::dirent const& found) {
+    entry_.status_ = {};
+    entry_.status_error_ = directory_entry::status_not_read;
+    if (has(options_, directory_option::read_status)) {
+        int const base = ::dirfd(levels_.back().stream.get());
+        auto const error = try_status_below(base, found.d_name, entry_.status_);
+        entry_.status_error_ = error.value_or(0);
+        if (!error) return;
+    }
+    entry_.status_.type = translated_type(static_cast<mode_t>(DTTOIF(found.d_type)));
 }
 
 bool is_at_end(directory_listing const* listing) noexcept {
@@ -298,26 +333,31 @@ void advance(directory_listing* listing) {
 namespace {
 
 template <class Path>
-auto make_listing(Path const& p, directory_option options, bool is_recursive) {
-    return std::make_shared<detail::directory_listing>(native_text(p), options, is_recursive);
+auto make_listing(Path const& p, directory_option options, directory_error_handler&& on_error,
+                  bool is_recursive) {
+    return std::make_shared<detail::directory_listing>(native_text(p), options, std::move(on_error),
+                                                       is_recursive);
 }
 
 }  // namespace
 
-directory_iterator::directory_iterator(upath const& p, directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/false);
+directory_iterator::directory_iterator(upath const& p, directory_option options,
+                                       directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/false);
 }
-directory_iterator::directory_iterator(std::u16string const& p, directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/false);
+directory_iterator::directory_iterator(std::u16string const& p, directory_option options,
+                                       directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/false);
 }
 
-recursive_directory_iterator::recursive_directory_iterator(upath const& p,
-                                                           directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/true);
+recursive_directory_iterator::recursive_directory_iterator(upath const& p, directory_option options,
+                                                           directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/true);
 }
 recursive_directory_iterator::recursive_directory_iterator(std::u16string const& p,
-                                                           directory_option options) {
-    listing_ = make_listing(p, options, /*is_recursive=*/true);
+                                                           directory_option options,
+                                                           directory_error_handler on_error) {
+    listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/true);
 }
 
 int recursive_directory_iterator::depth() const noexcept { return listing_->depth(); }

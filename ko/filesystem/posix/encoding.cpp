@@ -37,7 +37,7 @@ std::u16string from_utf8(std::string_view s, malformed policy) {
 
 std::string posix::detail::to_filesystem_native_impl(std::u16string const& s, char const* tocode) {
     static std::string_view const subst_chars =
-        std::string_view(tocode) == "UTF-8" ? "\xEF\xBF\xBD" : "\x1A";
+        std::string_view(tocode) == "UTF-8" ? utf8_replacement : "\x1A";
     if (is_short_ascii<char16_t>(s)) return {s.begin(), s.end()};
     auto const converter = get_thread_local_iconv_converter<1>(tocode, "UTF-16LE");
     std::string result;

@@ -25,7 +25,7 @@ bool equivalent_impl(std::u16string const& a, std::u16string const& b) {
     if (a8.empty() || b8.empty()) return false;
     boost::system::error_code ec;
     bool const same = boost::filesystem::equivalent(a8.c_str(), b8.c_str(), ec);
-    if (ec.failed()) detail::throw_copy_error_code_exception(ec, a, b);
+    if (ec.failed()) detail::throw_copy_error_code_exception(ec.value(), a, b);
     return same;
 }
 

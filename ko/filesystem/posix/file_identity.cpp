@@ -7,21 +7,15 @@
 #include <cstddef>
 #include <string_view>
 
+#include <ko/filesystem/posix/directory_stream.hpp>
 #include <ko/filesystem/posix/handles.hpp>
 
 namespace ko::filesystem::detail {
-
-using posix::detail::uninterrupted;
 
 namespace {
 
 /// The maximum length of a path of ".." before its directory is opened; below every PATH_MAX.
 constexpr std::size_t longest_climb = 1000;
-
-bool is_directory(std::string const& path8) noexcept {
-    struct stat found;
-    return ::stat(path8.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
-}
 
 /// The deepest existing directory that would be above `path8` if everything missing in it were
 /// made, where ".." cancels a missing element.
@@ -38,7 +32,7 @@ std::string deepest_existing(std::string const& path8) {
         }
         std::string next = existing + '/';
         next += name;
-        if (is_directory(next))
+        if (leads_to_directory(next.c_str()))
             existing.swap(next);
         else
             missing = 1;
@@ -48,6 +42,11 @@ std::string deepest_existing(std::string const& path8) {
 
 }  // namespace
 
+bool leads_to_directory(char const* path8) noexcept {
+    struct stat found;
+    return ::stat(path8, &found) == 0 && S_ISDIR(found.st_mode);
+}
+
 std::optional<file_identity> identify(char const* path8) noexcept {
     struct stat found;
     if (::stat(path8, &found) != 0) return std::nullopt;
@@ -56,7 +55,7 @@ std::optional<file_identity> identify(char const* path8) noexcept {
 
 int find_directories_above(std::string const& path8, std::vector<file_identity>& above) {
     above.clear();
-    std::string place = is_directory(path8) ? path8 : deepest_existing(path8);
+    std::string place = leads_to_directory(path8.c_str()) ? path8 : deepest_existing(path8);
     // By "..", since the path of a directory may exceed the system's limit, or no longer exist.
     for (posix::detail::file_descriptor base(AT_FDCWD);;) {
         struct stat found;
@@ -68,9 +67,7 @@ int find_directories_above(std::string const& path8, std::vector<file_identity>&
             place += "/..";
             continue;
         }
-        int const next = uninterrupted([&] {
-            return ::openat(base.get(), place.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        });
+        int const next = posix::detail::open_directory(base.get(), place.c_str(), 0);
         if (next == -1) break;
         base.reset(next);
         place = "..";

@@ -26,6 +26,9 @@ struct file_identity {
     ino_t number;
 };
 
+/// Whether `path8` is a directory, or a link to one; false if stat fails.
+bool leads_to_directory(char const* path8) noexcept;
+
 /// The identity of `path8`, links followed; none if stat fails.
 std::optional<file_identity> identify(char const* path8) noexcept;
 

@@ -12,10 +12,9 @@ int drop_foreign_rights(struct stat const& source, struct stat const& copy,
     return ::chmod(copy8, kept) == 0 ? 0 : errno;
 }
 
-int drop_foreign_rights(char const* from8, char const* copy8) noexcept {
-    struct stat source;
+int drop_foreign_rights(struct stat const& source, char const* copy8) noexcept {
     struct stat copy;
-    if (::stat(from8, &source) != 0 || ::stat(copy8, &copy) != 0) return errno;
+    if (::stat(copy8, &copy) != 0) return errno;
     return drop_foreign_rights(source, copy, copy8);
 }
 

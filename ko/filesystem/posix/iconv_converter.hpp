@@ -24,9 +24,12 @@ iconv_t get_thread_local_iconv_converter(char const* tocode, char const* fromcod
 extern template iconv_t get_thread_local_iconv_converter<0>(char const*, char const*);
 extern template iconv_t get_thread_local_iconv_converter<1>(char const*, char const*);
 
-/// Appends `s`, UTF-16, to `result` in the target encoding of `converter`. A unit that can't be
-/// converted becomes `substitute`. Returns false if the conversion can't be completed; `result`
-/// then has a part of it.
+/// U+FFFD in UTF-8.
+constexpr std::string_view utf8_replacement = "\xEF\xBF\xBD";
+
+/// Appends `s`, UTF-16, to `result` in the target encoding of `converter`, which is UTF-8 if
+/// `substitute` is `utf8_replacement`. A unit that can't be converted becomes `substitute`. Returns
+/// false if the conversion can't be completed; `result` then has a part of it.
 bool encode(std::u16string_view s, iconv_t converter, std::string_view substitute,
             std::string& result);
 

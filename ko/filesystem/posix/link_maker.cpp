@@ -18,15 +18,13 @@ namespace ko::filesystem::detail {
 namespace {
 
 /// Makes the link by `call`, whose first argument is the target.
-void make_by(int (*call)(char const*, char const*), std::u16string const& target,
-             std::u16string const& link) {
-    system_path const target8(target);
-    system_path const link8(link);
+void make_by(int (*call)(char const*, char const*), char const* target8, char const* link8) {
     // Deliberately without the path, unlike for a dangling link, which the call reports.
-    if (exists_by_stat(link8.c_str())) throw cloneable(FileExistsError({}));
+    if (exists_by_stat(link8)) throw cloneable(FileExistsError({}));
+    // Some systems make a link with an empty text.
+    int const error = *target8 == '\0' ? ENOENT : call(target8, link8) == 0 ? 0 : errno;
     // The target comes first in the report, since it is what was to be stored or linked.
-    if (call(target8.c_str(), link8.c_str()) != 0)
-        throw_errno_exception(errno, target8.c_str(), link8.c_str());
+    if (error != 0) throw_errno_exception(error, target8, link8);
 }
 
 }  // namespace
@@ -37,8 +35,11 @@ void make_link(std::u16string const& target, std::u16string const& link, unsigne
     if (type != file_status::file_type_auto && type != file_status::regular_file &&
         type != file_status::directory_file)
         throw_invalid_argument("Unsupported file type");
-    make_by(&::symlink, target, link);
+    system_path const target8(target);
+    make_link_at(target8.c_str(), system_path(link).c_str());
 }
+
+void make_link_at(char const* target8, char const* link8) { make_by(&::symlink, target8, link8); }
 
 void make_hard_link(std::u16string const& existing, std::u16string const& link) {
     reject_empty_path(existing);
@@ -46,7 +47,8 @@ void make_hard_link(std::u16string const& existing, std::u16string const& link) 
     auto const without_following = [](char const* existing8, char const* link8) {
         return ::linkat(AT_FDCWD, existing8, AT_FDCWD, link8, 0);
     };
-    make_by(without_following, existing, link);
+    system_path const existing8(existing);
+    make_by(without_following, existing8.c_str(), system_path(link).c_str());
 }
 
 }  // namespace ko::filesystem::detail

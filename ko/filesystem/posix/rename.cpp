@@ -1,12 +1,15 @@
 #include <ko/filesystem/rename.hpp>
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <string>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/posix/device_move.hpp>
-#include <ko/filesystem/posix/encoding.hpp>
+#include <ko/filesystem/posix/durability.hpp>
 #include <ko/filesystem/posix/fault_path.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
@@ -17,22 +20,54 @@ namespace {
 
 using detail::native_text;
 
-void rename_impl(std::u16string const& from, std::u16string const& to,
-                 rename_options const& options) {
+// These return the error number of a failure, or 0.
+
+int move(std::string const& from8, std::string const& to8, rename_options const& options) {
+    errno = 0;
+    if (::rename(from8.c_str(), to8.c_str()) == 0) return 0;
+    int const error = errno;
+    return error == EXDEV ? detail::move_across_devices(from8, to8, options) : error;
+}
+
+int sync_contents(char const* path8) noexcept {
+    struct stat found;
+    if (::lstat(path8, &found) != 0) return errno;
+    if (S_ISREG(found.st_mode)) return detail::sync_file(path8);
+    if (!S_ISDIR(found.st_mode)) return 0;
+    int const error = detail::sync_file_system(path8);
+    return error == ENOTSUP ? detail::sync_file(path8) : error;
+}
+
+int move_durably(std::string const& from8, std::string const& to8) {
+    using detail::algorithm::parent_path;
+    int error = sync_contents(from8.c_str());
+    if (error == 0) error = move(from8, to8, {});
+    if (error == 0) error = detail::sync_directory_of(to8);
+    if (error == 0 && parent_path<char>(from8) != parent_path<char>(to8))
+        error = detail::sync_directory_of(from8);
+    return error;
+}
+
+/// Moves by `way`, which takes both paths in UTF-8 and returns an error number.
+template <class Way>
+void rename_by(Way way, std::u16string const& from, std::u16string const& to) {
     detail::reject_empty_path(from);
     detail::reject_empty_path(to);
-    detail::system_path const from8(from);
-    detail::system_path const to8(to);
-    errno = 0;
-    if (::rename(from8.c_str(), to8.c_str()) == 0) return;
-    int error = errno;
-    if (error == EXDEV) error = detail::move_across_devices(from8.string(), to8.string(), options);
+    std::string const from8 = detail::system_path(from).string();
+    std::string const to8 = detail::system_path(to).string();
+    int const error = way(from8, to8);
     if (error == 0) return;
-    switch (detail::blame_for_rename(error, detail::from_filesystem_strict(from8.string()))) {
-        case detail::blame::source: detail::throw_errno_exception(error, from8.c_str(), {});
-        case detail::blame::destination: detail::throw_errno_exception(error, to8.c_str(), {});
-        case detail::blame::both: detail::throw_errno_exception(error, from8.c_str(), to8.c_str());
+    switch (detail::blame_for_rename(error, from)) {
+        case detail::blame::source: detail::throw_errno_exception(error, from8, {});
+        case detail::blame::destination: detail::throw_errno_exception(error, to8, {});
+        case detail::blame::both: detail::throw_errno_exception(error, from8, to8);
     }
+}
+
+void rename_impl(std::u16string const& from, std::u16string const& to,
+                 rename_options const& options) {
+    rename_by([&](auto const& from8, auto const& to8) { return move(from8, to8, options); }, from,
+              to);
 }
 
 }  // namespace
@@ -42,6 +77,13 @@ void rename(upath const& from, upath const& to, rename_options const& options) {
 }
 void rename(std::u16string const& from, std::u16string const& to, rename_options const& options) {
     rename_impl(native_text(from), native_text(to), options);
+}
+
+void rename_durably(upath const& from, upath const& to) {
+    rename_by(&move_durably, native_text(from), native_text(to));
+}
+void rename_durably(std::u16string const& from, std::u16string const& to) {
+    rename_by(&move_durably, native_text(from), native_text(to));
 }
 
 }  // namespace ko::filesystem

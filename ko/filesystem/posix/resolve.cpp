@@ -54,12 +54,15 @@ std::u16string real_path(char const* path8) {
 }
 
 std::u16string canonical_impl(std::u16string const& p, std::u16string const& base) {
-    // Expands a tilde that a path object has kept.
-    detail::system_path const p8{native_text(p)};
-    detail::system_path const base8{native_text(base)};
+    native_text const expanded(p);  // from a tilde that a path object has kept
+    std::u16string const& native = expanded;
+    bool const is_absolute = detail::algorithm::is_absolute<char16_t>(native);
+    detail::system_path const p8(native);
+    detail::system_path const base8{native_text(is_absolute ? std::u16string() : base)};
     // A text without a UTF-8 form must not become the working directory.
-    if (p8.empty() || (base8.empty() && !base.empty())) throw detail::cloneable(PathNotFound({}));
-    if (detail::algorithm::is_absolute<char>(p8.c_str())) return real_path(p8.c_str());
+    if (p8.empty() || (base8.empty() && !is_absolute && !base.empty()))
+        throw detail::cloneable(PathNotFound({}));
+    if (is_absolute) return real_path(p8.c_str());
     return real_path(absolute_text(p8.string(), base8.string(), current_path8).c_str());
 }
 

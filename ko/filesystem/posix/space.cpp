@@ -18,7 +18,7 @@ space_info space(upath const& p) {
     auto found = boost::filesystem::space(path8.c_str(), ec);
     while (ec == boost::system::errc::interrupted)
         found = boost::filesystem::space(path8.c_str(), ec);
-    if (ec.failed()) detail::throw_error_code_exception(ec, p.native(), {});
+    if (ec.failed()) detail::throw_error_code_exception(ec.value(), p.native(), {});
     return {found.capacity, found.free, found.available};
 }
 

@@ -1,5 +1,7 @@
 #include <ko/filesystem/posix/status_reader.hpp>
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <limits>
@@ -26,17 +28,24 @@ timespec const& write_time(struct stat const& found) noexcept { return found.st_
 timespec const& status_change_time(struct stat const& found) noexcept { return found.st_ctim; }
 #endif
 
-ptime to_ptime(timespec const& time) {
-    constexpr std::int64_t epoch = julian_seconds_of_epoch * 1'000'000;
+std::int64_t julian_microseconds(ptime const& time) {
+    return (time - ptime(ptime::time_rep_type(std::int64_t{0}))).ticks();
+}
+
+ptime ptime_of(std::int64_t count) {
     // The values above represent not_a_date_time and infinity.
     constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() - 2;
+    if (count > last - julian_microseconds_of_epoch) return boost::posix_time::pos_infin;
+    return ptime(ptime::time_rep_type(count + julian_microseconds_of_epoch));
+}
+
+ptime to_ptime(timespec const& time) {
     std::int64_t count = 0;
     bool const overflow =
         __builtin_mul_overflow(std::int64_t{time.tv_sec}, std::int64_t{1'000'000}, &count) ||
-        __builtin_add_overflow(count, epoch + time.tv_nsec / 1000, &count);
-    if (overflow || count > last)
-        return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
-    return ptime(ptime::time_rep_type(count));
+        __builtin_add_overflow(count, time.tv_nsec / 1000, &count);
+    if (!overflow) return ptime_of(count);
+    return time.tv_sec < 0 ? boost::posix_time::neg_infin : boost::posix_time::pos_infin;
 }
 
 std::uint32_t translated_type(mode_t mode) noexcept {
@@ -61,6 +70,18 @@ bool exists_by_stat(char const* path8) {
     throw_errno_exception(errno, path8, {});
 }
 
+bool exists_natively(char const* path8, struct stat& found) {
+    if (::stat(path8, &found) == 0) return true;
+    int const error = errno;
+    if (means_absent(error) || error == EINVAL) return false;
+    throw_errno_exception(error, path8, {});
+}
+
+bool exists_natively(char const* path8) {
+    struct stat found;
+    return exists_natively(path8, found);
+}
+
 bool exists_native(std::u16string const& native) {
     if (native.empty()) return false;
     try {
@@ -70,6 +91,24 @@ bool exists_native(std::u16string const& native) {
     } catch (InvalidArgument const&) {
         return false;
     }
+}
+
+file_status to_file_status(struct stat const& found) {
+    file_status result;
+    result.type = translated_type(found.st_mode);
+    result.permissions = found.st_mode & 0xFFF;
+    result.last_access_time = to_ptime(access_time(found));
+    result.last_write_time = to_ptime(write_time(found));
+    result.last_status_change_time = to_ptime(status_change_time(found));
+    result.size = static_cast<std::uint64_t>(found.st_size);
+    return result;
+}
+
+bool examine(stat_function stat_or_lstat, char const* path8, struct stat& found) {
+    errno = 0;
+    if (stat_or_lstat(path8, &found) == 0) return true;
+    if (errno == ENOENT) return false;
+    throw_errno_exception(errno, {}, {});
 }
 
 namespace {
@@ -84,12 +123,7 @@ std::optional<int> read_by(StatCall const& stat_call, file_status& result) {
         int const error = errno;
         return error == ENOENT ? std::nullopt : std::optional<int>(error);
     }
-    result.type = translated_type(found.st_mode);
-    result.permissions = found.st_mode & 0xFFF;
-    result.last_access_time = to_ptime(access_time(found));
-    result.last_write_time = to_ptime(write_time(found));
-    result.last_status_change_time = to_ptime(status_change_time(found));
-    result.size = static_cast<std::uint64_t>(found.st_size);
+    result = to_file_status(found);
     return std::nullopt;
 }
 
@@ -107,6 +141,13 @@ file_status read_status(stat_function stat_or_lstat, char const* path8) {
 
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result) {
     return read_by([=](struct stat* found) { return stat_or_lstat(path8, found); }, result);
+}
+
+std::optional<int> try_status_below(int base, char const* name8, file_status& result) {
+    auto const stat_call = [=](struct stat* found) {
+        return ::fstatat(base, name8, found, AT_SYMLINK_NOFOLLOW);
+    };
+    return read_by(stat_call, result);
 }
 
 file_status_light status_light_by_stat(char const* path8) {

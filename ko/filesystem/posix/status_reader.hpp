@@ -22,6 +22,11 @@ bool means_absent(int error) noexcept;
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(char const* path8);
 
+/// The same by the rules of `exists`, which count EINVAL as absent as well.
+bool exists_natively(char const* path8);
+/// The same, with the status of what exists in `found`.
+bool exists_natively(char const* path8, struct stat& found);
+
 /// `exists` for text in native form; false if it is empty.
 /// Throws like `exists`.
 bool exists_native(std::u16string const& native);
@@ -32,13 +37,27 @@ timespec const& write_time(struct stat const& found) noexcept;
 timespec const& status_change_time(struct stat const& found) noexcept;
 
 /// A ptime counts microseconds from day 0 of the Julian day numbers; 1970-01-01 is day 2440588.
-constexpr std::int64_t julian_seconds_of_epoch = 2440588LL * 86400;
+constexpr std::int64_t julian_microseconds_of_epoch = 2440588LL * 86400 * 1'000'000;
+
+/// The count of `time`, which must not be a special value.
+std::int64_t julian_microseconds(boost::posix_time::ptime const& time);
+
+/// The time `count` microseconds after 1970, or an infinity if a ptime can't hold it.
+boost::posix_time::ptime ptime_of(std::int64_t count);
 
 /// `time` in the form of `file_status`.
 boost::posix_time::ptime to_ptime(timespec const& time);
 
 /// The type of `file_status` for the type bits of a mode.
 std::uint32_t translated_type(mode_t mode) noexcept;
+
+/// `found` in the form of `file_status`.
+file_status to_file_status(struct stat const& found);
+
+/// Fills `found` by a call of stat or lstat on `path8`. Returns false for ENOENT.
+/// Throws the class of every other error number; path(): empty
+bool examine(int (*stat_or_lstat)(char const*, struct stat*), char const* path8,
+             struct stat& found);
 
 /// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
@@ -52,6 +71,9 @@ file_status read_status(stat_function stat_or_lstat, char const* path8);
 /// The same in `result`, which must be default-constructed; returns the error number instead of
 /// throwing.
 std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result);
+
+/// The same from lstat for the name `name8` in the open directory `base`.
+std::optional<int> try_status_below(int base, char const* name8, file_status& result);
 
 /// The status of `path8` from stat; the not-found value for ENOENT and EINVAL.
 /// Throws the class of every other error number; path(): `path8`
