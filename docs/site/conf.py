@@ -22,6 +22,7 @@ primary_domain = "cpp"
 highlight_language = "none"
 default_role = "any"
 add_function_parentheses = False
+smartquotes = False  # in double quotes are texts of the library
 html_theme = "furo"
 html_title = f"ko::filesystem {version}"
 html_static_path = ["static"]

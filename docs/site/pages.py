@@ -16,6 +16,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROJECT_PAGES = ("CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md")
 # Better titles than the names of the headers.
 TITLES = {"path": "upath", "directory": "Directory iterators", "options": "Options", "exceptions": "Exceptions",
+          "time": "Times",
           "detail-encoding": "UTF-8 and UTF-16",
           "detail-path_decomposition": "Parts of path text", "detail-path_composition": "Building path text",
           "detail-path_expansion": "Tildes, and a cursor", "detail-path_constants": "Constants of path text",
@@ -309,7 +310,8 @@ class Site:
                     lines += title(re.sub(r"^(?:ko::filesystem::|detail::)+", "", name), "-")
                 lines += breathe(name, what, comment)
             functions = [function for header in headers for function in header.functions
-                         if function not in own and function.comment]
+                         if function not in own and function.comment and
+                         (kind == "detail" or not function.scope.endswith("detail"))]
             if functions and entries:
                 lines += title("Functions", "-")
             for function in functions:
