@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <functional>
 #include <regex>
 #include <set>
@@ -246,6 +247,24 @@ protected:
     }
 };
 
+/// `remove_all` of the first of the directories, each of which has the next one in it.
+scenario removal(std::string const& root, std::vector<std::string> const& directories) {
+    std::u16string const path = test_support::utf16(root + directories.front());
+    EXPECT_EQ(test_support::utf8(path), root + directories.front());  // opens both converters
+    auto row = scenario("remove_all", own, [=] { remove_all(path); })
+                   .but("lstat", {ENOENT}, "pathless")
+                   .but("fstatat", {ENOENT}, "pathless")
+                   .but("closedir", {}, "pathless");
+    std::string without = "ok";  // removed by someone else
+    for (std::string const& directory : directories) {
+        for (std::string const call : {"openat @", "fdopendir @", "readdir @"})
+            row.but(call + directory, {ENOENT}, without)
+                .but(call + directory, {ENOTDIR, ELOOP}, "FileIsDirectory [@" + directory + ']');
+        without = "DirectoryNotEmpty [@" + directory + ']';
+    }
+    return row;
+}
+
 TEST_F(FaultSweep, OfEveryCall) {
     constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
     numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
@@ -254,15 +273,6 @@ TEST_F(FaultSweep, OfEveryCall) {
     };
     auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
     std::string const listing = "std: boost::filesystem::directory_iterator*";
-    auto removal = scenario("remove_all", own, [=] { remove_all(at(u"d")); })
-                       .but("lstat", {ENOENT}, "pathless")
-                       .but("closedir", {}, "pathless");
-    for (std::string const call : {"openat @/d", "readdir @/d"})
-        removal
-            .but(call, {ENOENT}, "ok")  // removed by someone else
-            .but(call + "/s", {ENOENT}, "DirectoryNotEmpty [@/d]")
-            .but(call, {ENOTDIR, ELOOP}, "FileIsDirectory [@/d]")
-            .but(call + "/s", {ENOTDIR, ELOOP}, "FileIsDirectory [@/d/s]");
     auto tree_copy =
         scenario("copy, tree watched", none | own | of_copy,
                  [=] { copy(at(u"d"), at(u"n"), tree, [](auto const&) { return true; }); })
@@ -346,7 +356,7 @@ TEST_F(FaultSweep, OfEveryCall) {
             [=] { remove_symlink(at(u"l")), remove_directory(at(u"e")), remove_file(at(u"f")); })
             .but("unlink @/l", {EPERM}, "FileIsDirectory [@/l]")
             .but("unlink @/f", {EPERM}, "FileIsDirectory [@/f]"),
-        removal,
+        removal(scratch.path8(), {"/d", "/d/s"}),
         scenario("copy_file", of_copy, [=] { copy_file(at(u"f"), at(u"n")); }),
         scenario("copy_file over", of_copy,
                  [=] { copy_file(at(u"f"), at(u"g"), copy_option::overwrite_if_exists); })
@@ -486,6 +496,43 @@ TEST_F(RemoveAll, FollowsNoLinkPutInPlaceOfADirectory) {
         EXPECT_OUTCOME(remove_all(u"d"), "ok") << moment;
         EXPECT_EQ(everything_in("elsewhere/f") + everything_in("d"), everything_in("moved/f"));
     }
+}
+
+// Below a path of the system's limit, the walk goes on relative to open directories.
+TEST_F(RemoveAll, GoesOnBelowTheLongestPath) {
+    std::string const root = scratch.path8();
+    std::string top = root + "/d";
+    while (top.size() < PATH_MAX - 255) top += '/' + std::string(200, 'x');
+    top += '/' + std::string(PATH_MAX - 3 - top.size(), 'y');
+    auto const below_top = [&](auto action) {
+        std::filesystem::current_path(top);
+        action();
+        std::filesystem::current_path(root);
+    };
+    make_tree();
+    scratch.file(u"e/f", "kept");
+    auto const make = [&] {
+        std::filesystem::create_directories(top);
+        below_top([&] {
+            std::filesystem::create_directories("s/t");
+            static_cast<void>(::symlink((root + "/e").c_str(), "s/l"));
+        });
+    };
+    surroundings const around = {make, [] { return everything_in("e"); },
+                                 [&] { return std::to_string(std::filesystem::exists(top)); }};
+    std::string const shown = top.substr(root.size());
+    sweep(removal(root, {shown, shown + "/s", shown + "/s/t"}), around);
+    make();
+    call_recorder recorded;
+    recorded.during = [&] {  // puts a link in its place after it was found to be a directory
+        if (recorded.all.back() != "openat " + top + "/s") return;
+        below_top([&] {
+            std::filesystem::rename("s", root + "/moved");
+            std::filesystem::create_symlink(root + "/e", "s");
+        });
+    };
+    EXPECT_OUTCOME(remove_all(test_support::utf16(top)), "ok");
+    EXPECT_TRUE(std::filesystem::exists("e/f") && std::filesystem::exists("moved/t"));
 }
 
 using Copy = FaultSweep;

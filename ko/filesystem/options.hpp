@@ -37,7 +37,7 @@ constexpr copy_option& operator^=(copy_option& a, copy_option b) noexcept { retu
 enum class directory_option : unsigned int {
     none = 0,
     follow_directory_symlinks = 1,  ///< enter links to directories
-    skip_permission_denied = 2,     ///< treat a directory that can't be opened (EACCES) as empty
+    skip_permission_denied = 2,     ///< pass over a directory that may not be read
     read_status = 4,                ///< read the status of each entry (lstat) as it is listed
 };
 

@@ -63,8 +63,9 @@ KO_FILESYSTEM_API void remove_symlink(std::u16string const& p);
 /// Removes `p` and, if it is a directory, everything below it. Not atomic: what was removed before
 /// a failure stays removed. A directory that vanishes before it is listed counts as removed. Before
 /// each entry, the walk checks that its directory still is a directory and not a link; but entries
-/// are removed by path, so a process that can rename in the tree can still redirect the walk. One
-/// directory stream is open per level.
+/// are removed by path, so a process that can rename in the tree can still redirect the walk. Where
+/// paths become longer than the system takes, each entry is removed relative to its open directory,
+/// never through a link. One directory stream is open per level.
 ///
 /// Throws
 ///   PathNotFound   `p` is missing, or an entry vanished while it was examined; path(): empty

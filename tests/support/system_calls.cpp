@@ -85,7 +85,8 @@ CALL(int, -1, lchmod, SHOWN(lchmod), (char const* path, mode_t m) noexcept, (pat
 CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, m))
 CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
 CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
-CALL(int, -1, unlinkat, SHOWN(unlinkat), (int d, char const* path, int f) noexcept, (d, path, f))
+CALL(int, -1, unlinkat, shown("unlinkat", d, path), (int d, char const* path, int f) noexcept,
+     (d, path, f))
 CALL(int, -1, fstatat, shown("fstatat", d, path),
      (int d, char const* path, struct stat* s, int f) noexcept, (d, path, s, f))
 CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))

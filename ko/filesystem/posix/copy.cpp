@@ -366,6 +366,7 @@ void tree_copy::copy_directory_contents(place from, std::optional<file_identity>
     if (!has(copy_option::recursive)) return copy_directory(from.text, to.text);
 
     bool const is_outermost = levels_.empty();
+    if (is_outermost) posix::detail::open_converters();  // before all descriptors are in use
     std::list<level> made;
     level& listed = made.emplace_back(from, identity, to);
     if (listed.source_identity && is_listed(*listed.source_identity))

@@ -157,6 +157,7 @@ private:
     template <class Step>
     void step(Step to_next);
     bool open(int base, char const* name8, int flags);
+    bool is_skipped(int error) const noexcept;
     bool is_open(file_identity const& identity) const noexcept;
     void enter();
     void leave() noexcept;
@@ -182,6 +183,7 @@ directory_listing::directory_listing(std::u16string const& native, directory_opt
     reject_empty_path(native);
     path8_ = system_path(native).string();
     path_ = upath(native, /*expand_tilde=*/false);
+    posix::detail::open_converters();  // before the listing holds all descriptors
     if (open(AT_FDCWD, path8_.c_str(), 0)) advance();
 }
 
@@ -216,8 +218,7 @@ bool directory_listing::open(int base, char const* name8, int flags) {
     opened.stream = posix::detail::open_directory_stream(base, name8, flags);
     if (opened.stream == nullptr) {
         int const error = errno;
-        bool const is_denied = error == EACCES;
-        if (is_denied && has(options_, directory_option::skip_permission_denied)) return false;
+        if (is_skipped(error)) return false;
         if (!levels_.empty() && means_no_directory(error)) return false;
         report(error);
         return false;
@@ -233,6 +234,13 @@ bool directory_listing::open(int base, char const* name8, int flags) {
     }
     levels_.push_back(std::move(opened));
     return true;
+}
+
+/// Whether `error`, of opening or reading a directory, is to be passed over. EPERM is what macOS
+/// reports for directories that it protects.
+bool directory_listing::is_skipped(int error) const noexcept {
+    bool const is_denied = error == EACCES || error == EPERM;
+    return is_denied && has(options_, directory_option::skip_permission_denied);
 }
 
 bool directory_listing::is_open(file_identity const& identity) const noexcept {
@@ -282,7 +290,7 @@ void directory_listing::read() {
             return take(*found);
         int const error = errno;
         // Linux reports ENOENT for an open directory that has been removed.
-        if (error != 0 && error != ENOENT) report(error);
+        if (error != 0 && error != ENOENT && !is_skipped(error)) report(error);
     }
 }
 

@@ -20,10 +20,13 @@ bool is_short_ascii(std::basic_string_view<CharT> s) noexcept {
     return s.size() <= posix::detail::fast_path_limit && detail::is_ascii(s);
 }
 
+iconv_t utf8_converter() {
+    return posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
+}
+
 /// Appends to `result`, which is empty; returns false if the conversion can't be completed.
 bool convert_utf8(std::string_view s, malformed policy, std::u16string& result) {
-    auto const converter = posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
-    return posix::detail::decode(s, converter, policy, result);
+    return posix::detail::decode(s, utf8_converter(), policy, result);
 }
 
 std::u16string from_utf8(std::string_view s, malformed policy) {
@@ -43,6 +46,11 @@ std::string posix::detail::to_filesystem_native_impl(std::u16string const& s, ch
     std::string result;
     if (!encode(s, converter, subst_chars, result)) result.clear();
     return result;
+}
+
+void posix::detail::open_converters() {
+    utf8_converter();
+    get_thread_local_iconv_converter<1>("UTF-8", "UTF-16LE");
 }
 
 std::string pathname_traits<char16_t>::to_filesystem(std::u16string const& s) {

@@ -17,6 +17,10 @@ constexpr std::size_t fast_path_limit = 259;
 /// ASCII substitute character.
 std::string to_filesystem_native_impl(std::u16string const& s, char const* tocode);
 
+/// Opens the converters of the calling thread. For whatever will hold many descriptors: opening one
+/// may need a descriptor as well, and glibc doesn't try again in the whole process if it lacked one.
+void open_converters();
+
 }  // namespace posix::detail
 
 namespace detail {

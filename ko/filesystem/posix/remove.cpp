@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
@@ -16,6 +17,7 @@
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/posix/directory_stream.hpp>
+#include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
@@ -27,6 +29,7 @@ namespace {
 
 using detail::native_text;
 using detail::throw_errno_exception;
+using posix::detail::file_descriptor;
 using posix::detail::uninterrupted;
 using traits = pathname_traits<char>;
 
@@ -40,15 +43,18 @@ void unlink_path(char const* path8) {
     throw_errno_exception(errno == EPERM ? EISDIR : errno, path8, {});
 }
 
+/// Whether `path8`, which was examined as `found` unless there is an `error` number, is a directory.
+bool is_directory(struct stat const& found, int error, char const* path8) {
+    // Deliberately without the path, unlike in removals that don't check the type first.
+    if (error == ENOENT) throw detail::cloneable(PathNotFound({}));
+    if (error != 0) throw_errno_exception(error, path8, {});
+    return detail::translated_type(found.st_mode) == file_status::directory_file;
+}
+
 bool is_directory(char const* path8) {
     struct stat found;
-    if (::lstat(path8, &found) != 0) {
-        int const error = errno;
-        // Deliberately without the path, unlike in removals that don't check the type first.
-        if (error == ENOENT) throw detail::cloneable(PathNotFound({}));
-        throw_errno_exception(error, path8, {});
-    }
-    return detail::translated_type(found.st_mode) == file_status::directory_file;
+    int const error = ::lstat(path8, &found) == 0 ? 0 : errno;
+    return is_directory(found, error, path8);
 }
 
 /// 0 if `path8` is a directory and not a link, else the error number.
@@ -57,6 +63,52 @@ int directory_verdict(int base, char const* path8) noexcept {
     if (descriptor == -1) return errno;
     ::close(descriptor);  // opening it was the test
     return 0;
+}
+
+void close_stream(posix::detail::dir_stream stream) {
+    if (::closedir(stream.release()) != 0) throw_errno_exception(errno, {}, {});
+}
+
+/// Removes the emptied directory `dir`, which for calls is its text from `name` on in `base`. What
+/// follows if it was not emptied, but there is an error number, `verdict`.
+void remove_emptied(int verdict, int base, std::string const& dir, std::size_t name) {
+    char const* const entry = dir.c_str() + name;
+    int result = 0;
+    switch (verdict) {
+        case 0:
+            result = base == AT_FDCWD ? ::rmdir(entry) : ::unlinkat(base, entry, AT_REMOVEDIR);
+            break;
+        case ENOENT: break;  // already removed by someone else
+        case ENOTDIR:
+        case ELOOP: result = ::unlinkat(base, entry, 0); break;  // a link, by O_NOFOLLOW
+        default: throw_errno_exception(verdict, dir, {});
+    }
+    if (result != 0) throw_errno_exception(errno, dir, {});
+}
+
+/// Removes `path`, which is too long for calls, by its text from `name` on in the open directory
+/// `base`, and everything below it in the same way. `path` is unchanged afterwards.
+void remove_in(int base, std::string& path, std::size_t name) {
+    struct stat found;
+    int const error =
+        ::fstatat(base, path.c_str() + name, &found, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+    if (!is_directory(found, error, path.c_str())) {
+        if (::unlinkat(base, path.c_str() + name, 0) != 0) throw_errno_exception(errno, path, {});
+        return;
+    }
+    auto stream = posix::detail::open_directory_stream(base, path.c_str() + name, O_NOFOLLOW);
+    int verdict = stream == nullptr ? errno : 0;
+    if (stream != nullptr) {
+        std::size_t const length = path.size();
+        while (::dirent const* const entry = posix::detail::next_entry(stream.get())) {
+            (path += traits::PATHNAME_SEPARATOR_CHARACTER) += entry->d_name;
+            remove_in(::dirfd(stream.get()), path, length + 1);
+            path.resize(length);
+        }
+        verdict = errno;
+        close_stream(std::move(stream));
+    }
+    remove_emptied(verdict, base, path, name);
 }
 
 void remove_tree(int base, std::string& dir);
@@ -77,19 +129,28 @@ int remove_entries(int base, std::string& dir) {
         }
         dir += traits::PATHNAME_SEPARATOR_CHARACTER;
         dir += entry->d_name;
-        bool const descend = is_directory(dir.c_str());
+        struct stat found;
+        int const error = ::lstat(dir.c_str(), &found) == 0 ? 0 : errno;
+        bool const is_overlong = error == ENAMETOOLONG;
+        bool const descend = !is_overlong && is_directory(found, error, dir.c_str());
         dir[dir_length] = '\0';  // the directory itself, in place
-        verdict = directory_verdict(base, dir.c_str());
+        file_descriptor opened(posix::detail::open_directory(base, dir.c_str(), O_NOFOLLOW));
+        verdict = opened.get() == -1 ? errno : 0;
         dir[dir_length] = traits::PATHNAME_SEPARATOR_CHARACTER;
         if (verdict != 0) break;
-        if (descend)
-            remove_tree(base, dir);
-        else
-            remove_by(&::unlink, dir.c_str());
+        if (is_overlong) {
+            remove_in(opened.get(), dir, dir_length + 1);
+        } else {
+            opened.reset(-1);  // opening it was the test
+            if (descend)
+                remove_tree(base, dir);
+            else
+                remove_by(&::unlink, dir.c_str());
+        }
         dir.resize(dir_length);
     }
     dir.resize(dir_length);
-    if (::closedir(stream.release()) != 0) throw_errno_exception(errno, {}, {});
+    close_stream(std::move(stream));
     return verdict;
 }
 
@@ -97,15 +158,7 @@ int remove_entries(int base, std::string& dir) {
 void remove_tree(int base, std::string& dir) {
     int verdict = directory_verdict(base, dir.c_str());
     if (verdict == 0) verdict = remove_entries(base, dir);
-    switch (verdict) {
-        case 0: return remove_by(&::rmdir, dir.c_str());
-        case ENOENT: return;  // already removed by someone else
-        case ENOTDIR:
-        case ELOOP:  // a link, by O_NOFOLLOW
-            if (::unlinkat(base, dir.c_str(), 0) != 0) throw_errno_exception(errno, dir, {});
-            return;
-        default: throw_errno_exception(verdict, dir, {});
-    }
+    remove_emptied(verdict, base, dir, 0);
 }
 
 void remove_impl(std::u16string const& native) {
@@ -135,10 +188,9 @@ void remove_directory_impl(std::u16string const& native) {
 void remove_all_impl(std::u16string const& native) {
     if (native.empty()) return;
     std::string path8 = detail::system_path(native).string();
-    if (is_directory(path8.c_str()))
-        remove_tree(AT_FDCWD, path8);
-    else
-        remove_by(&::unlink, path8.c_str());
+    if (!is_directory(path8.c_str())) return remove_by(&::unlink, path8.c_str());
+    posix::detail::open_converters();  // before all descriptors are in use
+    remove_tree(AT_FDCWD, path8);
 }
 
 void remove_impl(std::u16string const& native, unsigned int type) {
