@@ -27,7 +27,7 @@ html_theme = "furo"
 html_title = f"ko::filesystem {version}"
 html_static_path = ["static"]
 html_css_files = ["site.css"]
-html_copy_source = False
+html_copy_source = html_use_index = False
 html_show_sphinx = False
 html_show_copyright = False
 pygments_style = "friendly"
