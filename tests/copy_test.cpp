@@ -2,8 +2,7 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::copy_test {
 
 using namespace test_support;  // tests/support
 
@@ -279,5 +278,4 @@ TEST_F(Copy, CallsItsObserverBeforeEachEntry) {
     }
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::copy_test

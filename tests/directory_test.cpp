@@ -4,8 +4,7 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::directory_test {
 
 using namespace test_support;  // tests/support
 
@@ -173,5 +172,4 @@ TEST_F(Directory, FollowsNoLinkBackNorOneInPlaceOfADirectory) {
     EXPECT_EQ(names, (lines{"f", "t", "u"}));
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::directory_test

@@ -6,25 +6,20 @@
 #include "support/files.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::encoding_test {
 
+using namespace test_support;  // tests/support
 using detail::from_filesystem;
 using detail::to_filesystem;
-using test_support::for_each_text;
 
 bool is_high(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool is_low(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
 void put_utf8(std::string& out, unsigned long c) {
-    auto const put = [&out](unsigned long byte) { out += static_cast<char>(byte); };
-    if (c >= 0x10000)
-        put(0xF0 | c >> 18), put(0x80 | (c >> 12 & 0x3F));
-    else if (c >= 0x800)
-        put(0xE0 | c >> 12);
-    if (c >= 0x800) put(0x80 | (c >> 6 & 0x3F));
-    if (c >= 0x80 && c < 0x800) put(0xC0 | c >> 6);
-    put(c < 0x80 ? c : (0x80 | (c & 0x3F)));
+    int const following = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    unsigned long const mark = following == 0 ? 0 : 0xFF00 >> (following + 1);
+    out += static_cast<char>(mark | c >> 6 * following);
+    for (int i = following; i-- > 0;) out += static_cast<char>(0x80 | (c >> 6 * i & 0x3F));
 }
 
 /// The rule for UTF-16 to UTF-8, unit by unit.
@@ -130,5 +125,4 @@ TEST(Encoding, MayStopInsideAUnit) {
     ::iconv_close(pairs);
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::encoding_test

@@ -15,10 +15,9 @@
 #include "support/outcome.hpp"
 #include "support/system_calls.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::fault_sweep_test {
 
-using test_support::call_recorder;
+using namespace test_support;  // tests/support
 using calls = std::vector<std::string>;
 using numbers = std::set<int>;
 
@@ -33,7 +32,7 @@ std::string mapped(int error, std::string const& path1, std::string const& path2
     std::string text = known == classes.end() ? "SystemError" : known->second;
     if (!path1.empty()) text += " [" + path1 + ']';
     if (!path2.empty() && (known == classes.end() || error == EINVAL)) text += " [" + path2 + ']';
-    return known == classes.end() ? text + ' ' + test_support::error_names.at(error) : text;
+    return known == classes.end() ? text + ' ' + error_names.at(error) : text;
 }
 
 /// Which paths an exception carries.
@@ -49,8 +48,8 @@ struct scenario {
     template <class Action>
     scenario(char const* operation, unsigned paths_reported, Action action)
         : name(operation), reported(paths_reported), told([action](std::string const& root) {
-              return test_support::outcome(root, [&] {
-                  test_support::allocation_watch const watch(failing_allocation);
+              return outcome(root, [&] {
+                  allocation_watch const watch(failing_allocation);
                   return action();
               });
           }) {}
@@ -110,7 +109,7 @@ bool matches(std::string const& outcome, std::string const& wanted) {
     return outcome.rfind(wanted.substr(0, wanted.size() - 1), 0) == 0;
 }
 
-class FaultSweep : public test_support::scratch_test {
+class FaultSweep : public scratch_test {
 protected:
     void make_tree() {
         std::filesystem::current_path(scratch.path8());
@@ -208,8 +207,7 @@ protected:
             EXPECT_TRUE(as_normal || outcome == "std: std::bad_alloc" ||
                         outcome.find("ENOMEM") != outcome.npos)
                 << s.name << ": allocation " << failing << ": " << outcome;
-            if (as_normal && test_support::allocation_watch::allocations < failing)
-                return failing - 1;
+            if (as_normal && allocation_watch::allocations < failing) return failing - 1;
         }
     }
 
@@ -230,7 +228,7 @@ protected:
         EXPECT_FALSE(made.empty()) << s.name;
         int faults = 0;
         for (std::size_t index = 0; index != made.size(); ++index) {
-            for (auto const& [error, error_name] : test_support::error_names) {
+            for (auto const& [error, error_name] : error_names) {
                 if (error == 0 && made[index].rfind("readdir", 0) != 0) continue;
                 ++faults;
                 std::string const outcome =
@@ -268,7 +266,7 @@ scenario removal(std::string const& root, std::vector<std::string> const& direct
 TEST_F(FaultSweep, OfEveryCall) {
     constexpr auto tree = copy_option::recursive | copy_option::copy_symlinks;
     numbers const absent = {ENOENT, ENOTDIR}, ignored = {ENOENT, ENOTDIR, EINVAL};
-    auto const at = [root = test_support::utf16(scratch.path8())](std::u16string const& name) {
+    auto const at = [root = utf16(scratch.path8())](std::u16string const& name) {
         return root + u'/' + name;
     };
     auto const there = [](auto const& found) { return found.type != file_status::file_not_found; };
@@ -421,11 +419,11 @@ TEST_F(FaultSweep, OfEveryCall) {
 }
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {
-    std::string const place = test_support::directory_on_another_file_system();
+    std::string const place = directory_on_another_file_system();
     if (place.empty()) GTEST_SKIP() << "no move gets EXDEV without a second file system";
-    test_support::scratch_dir const elsewhere(place);
+    scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
-    std::u16string const from = scratch / u"d", to = test_support::utf16(target);
+    std::u16string const from = scratch / u"d", to = utf16(target);
     auto move = scenario("rename", of_move, [=] { rename(from, to); }).on("@/d", target);
     move.removed = {"@/d", "@/d/l", "@/d/s", "@/d/s/f"};
     // An entry that vanishes during the removal counts as removed.
@@ -456,25 +454,24 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
 TEST_F(FaultSweep, OfOddCalls) {
     make_tree();
     std::string const overlong(1024, 'n');
-    struct {
-        std::string call;
-        int error;
-        std::function<void()> action;
-        std::string outcome;
-    } const rows[] = {
-        {"mkdir n", 0, [] { create_directory(u"n"), create_directories(u"m"); }, "ok"},
-        {"rename f t", 0, [] { rename(u"f", u"t"); }, "ok"},
-        {"lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO"},
-        {"", 0, [] { read_symlink(u"/negative"); }, "SystemError ENAMETOOLONG"},
-        // An overlong source is at fault, whatever the error number.
-        {"stat " + overlong, ENOENT, [&] { rename(test_support::utf16(overlong), u"t"); },
-         "FileNameTooLarge [" + overlong + "]"},
-    };
-    for (auto const& row : rows) {
+    auto const check = [&](std::string const& call, int error, auto action,
+                           std::string const& result) {
         call_recorder recorded;
-        recorded.failing = row.call, recorded.error = row.error;
-        EXPECT_OUTCOME(row.action(), row.outcome) << row.call;
-    }
+        recorded.failing = call, recorded.error = error;
+        EXPECT_OUTCOME(action(), result) << call;
+    };
+    check(
+        "mkdir n", 0, [] { create_directory(u"n"), create_directories(u"m"); }, "ok");
+    check(
+        "rename f t", 0, [] { rename(u"f", u"t"); }, "ok");
+    check(
+        "lstat f", EIO, [] { copy(u"f", u"g"); }, "SystemError EIO");
+    check(
+        "", 0, [] { read_symlink(u"/negative"); }, "SystemError ENAMETOOLONG");
+    // An overlong source is at fault, whatever the error number.
+    std::string const result = "FileNameTooLarge [" + overlong + "]";
+    check(
+        "stat " + overlong, ENOENT, [&] { rename(utf16(overlong), u"t"); }, result);
 }
 
 using RemoveAll = FaultSweep;
@@ -629,5 +626,4 @@ TEST(Encoding, GivesNothingWithoutAConverter) {
     EXPECT_EQ(call_recorder::open_converters, open_before) << "an unopened converter was closed";
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::fault_sweep_test

@@ -12,9 +12,9 @@
 
 #include "support/files.hpp"
 
-namespace ko::filesystem::detail {
-namespace {
+namespace ko::filesystem::internal_test {
 
+using namespace detail;
 TEST(Status, HasEveryType) {
     for (unsigned bits = 0; bits != 16; ++bits) {
         bool const known = bits == 1 || (bits != 0 && bits != 14 && bits % 2 == 0);
@@ -27,19 +27,16 @@ TEST(Status, SaturatesTimes) {
     using limits = std::numeric_limits<std::int64_t>;
     // The last count that is a time, relative to 1970: those above are special values.
     std::int64_t const last = limits::max() - 2 - 210'866'803'200'000'000;
-    struct {
-        std::int64_t seconds, microseconds;
-        boost::posix_time::ptime time;
-    } const rows[] = {
-        {limits::max(), 999'999, boost::posix_time::pos_infin},
-        {limits::min(), 0, boost::posix_time::neg_infin},
-        {last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last)},
-        {last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin},
-    };
-    for (auto const& [seconds, microseconds, time] : rows)
-        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), static_cast<long>(microseconds * 1000)}),
-                  time)
+    auto const check = [](std::int64_t seconds, std::int64_t microseconds, auto const& time) {
+        auto const nanoseconds = static_cast<long>(microseconds * 1000);
+        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), nanoseconds}),
+                  boost::posix_time::ptime(time))
             << seconds;
+    };
+    check(limits::max(), 999'999, boost::posix_time::pos_infin);
+    check(limits::min(), 0, boost::posix_time::neg_infin);
+    check(last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last));
+    check(last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin);
 }
 
 TEST(Time, IsConvertedToThatOfTheClockAndBack) {
@@ -68,5 +65,4 @@ TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     }
 }
 
-}  // namespace
-}  // namespace ko::filesystem::detail
+}  // namespace ko::filesystem::internal_test

@@ -7,24 +7,24 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::limits_test {
 
-class Limits : public test_support::scratch_test {};
+using namespace test_support;  // tests/support
+class Limits : public scratch_test {};
 
 // A removal and a listing hold one descriptor for each level.
 TEST_F(Limits, OfATreesDepth) {
     std::u16string path = scratch / u"deep";
     for (int level = 0; level < 200; ++level) path += u"/d";
     create_directories(path);
-    test_support::as_unprivileged_child([&] {
+    as_unprivileged_child([&] {
         ::rlimit const few{100, 100};
-        test_support::must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
+        must(::setrlimit(RLIMIT_NOFILE, &few) == 0);
         int const last = ::dup(0);
         recursive_directory_iterator it(scratch / u"deep");  // stays alive, with nothing open
         for (std::string const& outcome :
-             {test_support::outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
-              test_support::outcome(scratch.path8(), [&] { std::advance(it, 200); })}) {
+             {outcome(scratch.path8(), [&] { remove_all(scratch / u"deep"); }),
+              outcome(scratch.path8(), [&] { std::advance(it, 200); })}) {
             EXPECT_EQ(outcome.rfind("SystemError [@/deep/d/d", 0), 0u) << outcome;
             EXPECT_EQ(outcome.substr(outcome.size() - 7), " EMFILE") << outcome;
         }
@@ -63,5 +63,4 @@ TEST_F(Limits, OfThreadsThatCopyAndRemoveOneTree) {
     EXPECT_OUTCOME(copy(tree, target, options), "ok");
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::limits_test

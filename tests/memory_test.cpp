@@ -6,6 +6,7 @@
 #include "support/outcome.hpp"
 
 namespace ko::filesystem::memory_test {
+
 using namespace detail;
 using namespace test_support;  // tests/support
 

@@ -9,8 +9,7 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::operations_test {
 
 using namespace test_support;  // tests/support
 
@@ -410,5 +409,4 @@ TEST_P(Operations, UncPathsAndShortcutsAreStubs) {
     EXPECT_EQ(mode("s"), "nothing");
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::operations_test

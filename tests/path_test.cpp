@@ -3,8 +3,7 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem {
-namespace {
+namespace ko::filesystem::path_test {
 
 using namespace test_support;  // tests/support
 
@@ -116,5 +115,4 @@ TEST_F(Path, ComparesHashesAndPrintsItsText) {
     EXPECT_EQ(out.str(), "/\u6F22");
 }
 
-}  // namespace
-}  // namespace ko::filesystem
+}  // namespace ko::filesystem::path_test

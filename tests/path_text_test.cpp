@@ -3,9 +3,9 @@
 #include "support/outcome.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::detail {
-namespace {
+namespace ko::filesystem::path_text_test {
 
+using namespace detail;
 using namespace ko::filesystem::test_support;  // tests/support
 
 using text = std::u16string;
@@ -124,30 +124,26 @@ TEST_F(PathText, HasItsTildeExpanded) {
     std::string const database = user == nullptr ? "" : user->pw_dir;
     ::passwd const* const admin = ::getpwnam("root");
     std::string const root = admin == nullptr ? "" : admin->pw_dir;
-    struct {
-        char const* home;
-        std::string p, expanded;
-    } const rows[] = {
-        {"/h/u", "~/", "/h/u"},
-        {"/h/u", "~/a//b", "/h/u/a//b"},
-        {"/h/u/", "~/a", "/h/u//a"},
-        {"rel", "~//", "rel//"},
-        {"/h/\u00E9", "~", "/h/\u00E9"},
-        {nullptr, "~", database},
-        {"", "~/x", database.empty() ? "" : database + "/x"},
-        {"/h", "~root", root},
-        {"/h", "~nosuchuser/x", "~nosuchuser/x"},
-        {"/h", std::string("~root\0y/x", 9), std::string("~root\0y/x", 9)},
+    auto const check = [](char const* home_now, std::string const& p8,
+                          std::string const& expanded8) {
+        environment_guard const guard("HOME", home_now);
+        text const p = from_filesystem(p8), expanded = from_filesystem(expanded8);
+        EXPECT_EQ(pathname_traits<char>::replace_tilde_with_home_dir(p8), expanded8);
+        EXPECT_EQ(joined(make_expanded_path(p, false), make_expanded_path(p, true),
+                         is_absolute_path_when_expanded(p, false),
+                         is_absolute_path_when_expanded(p, true)),
+                  joined(expanded, p, is_absolute(expanded), is_absolute(p)));
     };
-    for (auto const& row : rows) {
-        environment_guard const guard("HOME", row.home);
-        text const p = from_filesystem(row.p), expanded = from_filesystem(row.expanded);
-        EXPECT_EQ(pathname_traits<char>::replace_tilde_with_home_dir(row.p), row.expanded);
-        EXPECT_EQ(make_expanded_path(p, false), expanded);
-        EXPECT_EQ(make_expanded_path(p, true), p);
-        EXPECT_EQ(is_absolute_path_when_expanded(p, false), is_absolute(expanded));
-        EXPECT_EQ(is_absolute_path_when_expanded(p, true), is_absolute(p));
-    }
+    check("/h/u", "~/", "/h/u");
+    check("/h/u", "~/a//b", "/h/u/a//b");
+    check("/h/u/", "~/a", "/h/u//a");
+    check("rel", "~//", "rel//");
+    check("/h/\u00E9", "~", "/h/\u00E9");
+    check(nullptr, "~", database);
+    check("", "~/x", database.empty() ? "" : database + "/x");
+    check("/h", "~root", root);
+    for (std::string const& p : {std::string("~nosuchuser/x"), std::string("~root\0y/x", 9)})
+        check("/h", p, p);
     EXPECT_OUTCOME(make_native_access_form_with_cleanup(u"~//\u00E9/"), "/home/u/\u00E9");
     environment_guard const guard("HOME", "/h/\xFF");  // not UTF-8
     EXPECT_OUTCOME(make_native_form(u"~/x", true), "");
@@ -181,5 +177,4 @@ TEST_F(PathText, IsWalkedByACursor) {
     });
 }
 
-}  // namespace
-}  // namespace ko::filesystem::detail
+}  // namespace ko::filesystem::path_text_test

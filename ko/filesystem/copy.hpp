@@ -44,13 +44,14 @@ namespace ko::filesystem {
 ///       an empty path ("Empty Path not permitted")
 ///       a device, pipe or socket ("Unsupported file type")
 ///       a link whose text is not UTF-8 ("Target of the symbolic link does not exist")
+///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
+///                     files; path(): `to`
 ///   InvalidArgument   `to` is `from` or below it, in a recursive copy (EINVAL), whatever the
-///                     paths look like; nothing is made; path(): `from`, arguments(): `to`
+///                     paths look like, checked after that; nothing is made; path(): `from`,
+///                     arguments(): `to`
 ///   PathNotFound      `from` is missing; path(): empty
 ///   the class of the error number when `from` can't be examined; path(): empty
 ///   PathNotFound      what a followed link points to is missing; path(): the link
-///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
-///                     files; path(): `to`
 ///   InvalidArgument   a followed link or a mount leads to the target, to a directory above it, or
 ///                     to one that is being copied into (EINVAL); path(): where it leads,
 ///                     arguments(): where it would have been copied to
@@ -101,8 +102,12 @@ KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to
 /// copy is complete, clears its set-uid and set-gid bits if its owner or group differs from that of
 /// `from`.
 ///
-/// Boost before 1.84 never returns if `from` shrinks while it is copied (its issue 292): use a
-/// newer version if that can happen.
+/// Boost before 1.84 never returns if less of `from` can be read than its size says, since it
+/// shrinks meanwhile or its file system gives a size of its own (Boost's issue 292): use a newer
+/// version if that can happen.
+///
+/// Whether both paths are one file is seen by device and inode number. On a file system without
+/// stable numbers, overwriting a file by another of its names (another case, say) destroys it.
 ///
 /// Of the options, `skip_existing`, `update_existing` and `create_symlinks` take precedence in this
 /// order. With the first, a missing `to` is made by a plain copy, whatever the other options. With

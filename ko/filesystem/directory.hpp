@@ -226,7 +226,8 @@ public:
 /// Iterates over the entries of a directory and of all directories below it, each directory before
 /// its contents. One directory is open per level, and memory does not grow with the number of
 /// entries. Directories are opened relative to their parent, so that paths may exceed the system's
-/// limit, and a directory that is replaced by a link is not followed.
+/// limit, and a directory that is replaced by a link is not followed. The thread's converters are
+/// opened first, which may fail when descriptors have run out.
 ///
 /// A directory that no longer exists when it is entered, or no longer is a directory, counts as
 /// empty. With `follow_directory_symlinks` so does a dangling link or a loop of links; a link back

@@ -26,7 +26,7 @@ struct std_path;
 /// - Joining a tilde that expands to nothing, since there is no home, leaves a slash at the end:
 ///   "a/".
 /// - A tilde that was kept is expanded by `copy`, `canonical`, `weakly_canonical`, `relative`,
-///   `get_unc_path` and the option `create_symlinks`. Write "./~x" to name a file "~x" everywhere.
+///   `get_unc_path` and the option `create_symlinks`. A text "./~x" names a file "~x".
 ///
 /// Unlike with std::filesystem::path, joining an absolute path throws instead of replacing, an
 /// extension has no dot, and two paths are equal if their texts are.
