@@ -265,7 +265,7 @@ public:
     /// is not called.
     ///
     /// Throws, as does each advance,
-    ///   what directory_iterator throws for `p`
+    ///   what `directory_iterator` throws for `p`
     ///   the class of the error number if a directory can't be opened or read, such as
     ///   AccessDenied, or SystemError with EMFILE in a tree deeper than the limit of descriptors;
     ///   path(): that directory

@@ -217,7 +217,7 @@ public:
         return joined;
     }
 
-    // By UTF-16 units, not by elements: "a.b" comes before "a/b".
+    /// By UTF-16 units, not by elements: "a.b" comes before "a/b".
     friend bool operator==(basic_path const& a, basic_path const& b) noexcept {
         return a.text_ == b.text_;
     }
