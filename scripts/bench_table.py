@@ -89,31 +89,40 @@ def machine(context):
 
 
 def chart(jobs):
-    """Bars of the time of each library, relative to that of std::filesystem."""
-    rows = [(job, times) for job, times in sorted(jobs.items()) if {"ko", "std", "boost"} <= times.keys()]
-    left, unit, bar, gap = 260, 200, 7, 9
-    height = 50 + len(rows) * (3 * bar + gap)
-    colours = {"ko": "#1f6feb", "std": "#8c959f", "boost": "#d4a72c"}
-    yield (f'<svg xmlns="http://www.w3.org/2000/svg" width="{left + 2 * unit + 60}" '
-           f'height="{height}" font-family="sans-serif" font-size="12">')
+    """A bar and a mark for each job: this library and Boost.Filesystem, relative to std::filesystem."""
+    rows = {job: (times["ko"] / times["std"], times["boost"] / times["std"])
+            for job, times in jobs.items() if {"ko", "std", "boost"} <= times.keys()}
+    left, unit, pitch, top, most = 240, 200, 14, 64, 2
+    width, height = left + most * unit + 50, top + len(rows) * pitch + 8
+    ko, std, boost = "#1f6feb", "#57606a", "#d4a72c"
+
+    def x(ratio):
+        return left + min(ratio, most) * unit
+
+    yield (f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" '
+           f'viewBox="0 0 {width} {height}" font-family="sans-serif" font-size="11">')
     yield '<rect width="100%" height="100%" fill="white"/>'
-    for number, (way, colour) in enumerate(colours.items()):
-        name = {"ko": "ko::filesystem", "std": "std::filesystem", "boost": "Boost.Filesystem"}[way]
-        yield f'<rect x="{left + number * 150}" y="8" width="12" height="12" fill="{colour}"/>'
-        yield f'<text x="{left + 16 + number * 150}" y="18">{name}</text>'
-    for number, (job, times) in enumerate(rows):
-        top = 34 + number * (3 * bar + gap)
-        yield f'<text x="{left - 8}" y="{top + 2 * bar}" text-anchor="end">{job}</text>'
-        for line, (way, colour) in enumerate(colours.items()):
-            ratio = times[way] / times["std"]
-            width = min(ratio, 2) * unit
-            yield (f'<rect x="{left}" y="{top + line * bar}" width="{width:.1f}" '
-                   f'height="{bar - 1}" fill="{colour}"/>')
-            if ratio > 2:
-                yield (f'<text x="{left + 2 * unit + 4}" y="{top + line * bar + 7}" '
-                       f'font-size="9">{ratio:.1f}</text>')
-    yield (f'<line x1="{left + unit}" y1="28" x2="{left + unit}" y2="{height - 8}" '
-           'stroke="#57606a" stroke-dasharray="3 3"/>')
+    yield (f'<text x="{left}" y="16" font-size="13" font-weight="bold">'
+           'Time, relative to std::filesystem: shorter is faster</text>')
+    yield (f'<rect x="{left}" y="27" width="24" height="8" fill="{ko}"/>'
+           f'<text x="{left + 30}" y="35">ko::filesystem</text>')
+    yield (f'<rect x="{left + 150}" y="25" width="4" height="12" fill="{boost}"/>'
+           f'<text x="{left + 160}" y="35">Boost.Filesystem</text>')
+    yield (f'<line x1="{left + 290}" y1="25" x2="{left + 290}" y2="37" stroke="{std}" stroke-dasharray="3 3"/>'
+           f'<text x="{left + 298}" y="35">std::filesystem</text>')
+    for tick in (0, 0.5, 1, 1.5, 2):
+        yield f'<text x="{x(tick)}" y="54" fill="{std}" text-anchor="middle">{tick}</text>'
+        yield f'<line x1="{x(tick)}" y1="58" x2="{x(tick)}" y2="{height - 6}" stroke="#d8dee4"/>'
+    for number, (job, (own, other)) in enumerate(sorted(rows.items(), key=lambda row: row[1])):
+        y = top + number * pitch
+        yield f'<text x="{left - 8}" y="{y + 9}" text-anchor="end">{job}</text>'
+        yield f'<rect x="{left}" y="{y + 1}" width="{x(own) - left:.1f}" height="8" fill="{ko}"/>'
+        yield f'<rect x="{x(other) - 2:.1f}" y="{y - 1}" width="4" height="12" fill="{boost}"/>'
+        beyond = [f'<tspan fill="{colour}">{ratio:.1f}</tspan>'
+                  for ratio, colour in ((own, ko), (other, "#8a6d1a")) if ratio > most]
+        if beyond:
+            yield f'<text x="{x(most) + 6}" y="{y + 9}">{" ".join(beyond)}</text>'
+    yield f'<line x1="{x(1)}" y1="58" x2="{x(1)}" y2="{height - 6}" stroke="{std}" stroke-dasharray="3 3"/>'
     yield "</svg>"
 
 

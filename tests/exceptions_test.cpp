@@ -1,5 +1,4 @@
 #include <cstring>
-#include <locale>
 #include <new>
 #include <stdexcept>
 #include <typeinfo>

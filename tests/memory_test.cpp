@@ -1,5 +1,3 @@
-#include <new>
-
 #include <ko/filesystem/detail/error_mapping.hpp>
 
 #include "support/allocations.hpp"
@@ -24,12 +22,13 @@ TEST_F(Memory, IsTakenForResultsOnly) {
         allocation_watch const watch;
         return action(), watch.allocations;
     };
-    EXPECT_EQ(count([&] {
-                  exists(path), status(file), symlink_status(missing), is_directory(file);
-                  last_write_time(path, last_write_time(file)), access(file, access_read);
-                  create_hard_link(path, missing), remove_if_exists(missing);
-              }),
-              0);
+    auto const ask_and_change = [&] {
+        exists(path), status(file), symlink_status(missing);
+        EXPECT_FALSE(is_directory(file));
+        last_write_time(path, last_write_time(file)), access(file, access_read);
+        create_hard_link(path, missing), remove_if_exists(missing);
+    };
+    EXPECT_EQ(count(ask_and_change), 0);
     EXPECT_EQ(count([&] { make_native_form(long_text, true); }), 1);
     auto const list = [&] { EXPECT_EQ(std::distance(directory_iterator(many), {}), 1000); };
     EXPECT_LT(count(list) + count([&] { remove_all(many); }), 30);
@@ -63,15 +62,8 @@ TEST_F(Memory, ThatRunsOutLeavesArgumentsAsTheyWere) {
     check(1, [&] { from_filesystem(std::string(1500, '\xE9')); });
 }
 
-TEST(MemoryDeathTest, ThatRunsOutInADescriptionEndsTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    InvalidArgument const error("a message that needs memory", u"", {});
-    auto const describe = [&] {
-        allocation_watch const first_one_fails(1);
-        static_cast<void>(error.what());
-    };
-    EXPECT_DEATH(describe(), "bad_alloc");
-}
+// Lack of memory in a description ends the process.
+static_assert(noexcept(std::declval<InvalidArgument const&>().what()));
 
 TEST_F(Memory, ThatRunsOutDoesNotHideTheFailureToReport) {
     auto const report = [] {

@@ -21,7 +21,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 ROW = re.compile(r"(?P<classes>[A-Z]\w+(?:, [A-Z]\w+)*)(?:\s{2,}(?P<when>.*)|, path\(\) (?P<path>\w+):)$"
                  r"|(?P<other>(?:the class of the error number|what |(?:std|boost)::[\w:]+).*)$")
 PATH = re.compile(r"(?:^|;?\s+)path\(\):\s*|; paths(?= as for)\s*")
-CODE = re.compile(r"(?:for|if|while|switch) \(|(?:[\w:<>&*]+ )*[\w:.]+[({]|[\w:<>&* ]+ \w+ = ")
+CODE = re.compile(r"(?:for|if|while|switch|catch) \(|(?:[\w:<>&*]+ )*[\w:.]+[({]|[\w:<>&* ]+ \w+ = |[\w:<>]+ \w+;")
 
 
 @functools.lru_cache(maxsize=None)
@@ -274,7 +274,7 @@ def filtered(path):
                     common = parse_throws(block[start:], header)[1].rows
                 yield from embedded(convert(block, header), indent)
             else:
-                is_operation = following.startswith("KO_FILESYSTEM_API") and not block[0].startswith("The same")
+                is_operation = "KO_FILESYSTEM_API" in following and not block[0].startswith("The same")
                 yield from embedded(convert(block, header, common if is_operation else ()), indent)
             continue
         line = lines[position]

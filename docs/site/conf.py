@@ -22,11 +22,12 @@ primary_domain = "cpp"
 highlight_language = "none"
 default_role = "any"
 add_function_parentheses = False
+smartquotes = False  # in double quotes are texts of the library
 html_theme = "furo"
 html_title = f"ko::filesystem {version}"
 html_static_path = ["static"]
 html_css_files = ["site.css"]
-html_copy_source = False
+html_copy_source = html_use_index = False
 html_show_sphinx = False
 html_show_copyright = False
 pygments_style = "friendly"

@@ -4,7 +4,7 @@
     docs/site/pages.py XML SOURCE
 
 A page of reference is made for each operation and for each header with anything else in it. An operation
-without a row in the README's table, or without a comment, is an error.
+is what the README's table lists; a function of a path that it does not list, or has no comment, is an error.
 """
 import pathlib
 import re
@@ -16,6 +16,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROJECT_PAGES = ("CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md")
 # Better titles than the names of the headers.
 TITLES = {"path": "upath", "directory": "Directory iterators", "options": "Options", "exceptions": "Exceptions",
+          "time": "Times",
           "detail-encoding": "UTF-8 and UTF-16",
           "detail-path_decomposition": "Parts of path text", "detail-path_composition": "Building path text",
           "detail-path_expansion": "Tildes, and a cursor", "detail-path_constants": "Constants of path text",
@@ -54,6 +55,9 @@ class Function:
     signatures: list
     header: str
     line: int
+
+    def takes_path(self):
+        return any(re.search(r"\b(?:upath|std::u16string) const ?&", signature) for signature in self.signatures)
 
     def overload_note(self):
         """What is said of an overload that is the same as the one before; else None."""
@@ -181,15 +185,16 @@ def breathe(name, kind, comment):
 class Site:
     def __init__(self, headers, source):
         self.headers, self.source = headers, source
+        self.tasks = self.read_tasks()
+        listed = {name for names, _ in self.tasks for name in names}
         self.operations = {}  # by name
         for header in headers.values():
             header.functions = merge_overloads(header.functions)
             for function in header.functions:
-                if function.scope == "ko::filesystem" and header.group != "exceptions":
+                if function.name in listed or function.takes_path() and not function.scope.endswith("detail"):
                     self.operations.setdefault(function.name, []).append(function)
-        self.tasks = self.read_tasks()
         self.sections = self.read_sections()
-        self.check()
+        self.check(listed)
 
     def read_tasks(self):
         """The rows of the README's table: the names, and what they do."""
@@ -209,12 +214,16 @@ class Site:
                 sections.append((page, parts[1], heading, re.findall(r"`([^`]+)`", body)))
         return sections
 
-    def check(self):
-        listed = {name for names, _ in self.tasks for name in names}
+    def check(self, listed):
         complaints = [f"README.md: no row for {name}" for name in sorted(self.operations.keys() - listed)]
         complaints += [f"{function.header}: no comment for {function.name}"
                        for header in self.headers.values() for function in header.functions
                        if not function.comment and not function.scope.endswith("detail")]
+        version = re.search(r"project\([^)]*VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
+        for place, shown in (("CHANGELOG.md", f"\n## {version} - "),
+                             ("packaging/vcpkg/ko-filesystem/vcpkg.json", f'"version": "{version}"')):
+            if shown not in (ROOT / place).read_text(encoding="utf-8"):
+                complaints.append(f"{place}: not of version {version}")
         if complaints:
             sys.exit("\n".join(complaints))
 
@@ -273,7 +282,7 @@ class Site:
         kinds = {"types": [], "detail": [], "headers": []}
         for group, headers in sorted(groups.items()):
             own = [function for header in headers for function in header.functions
-                   if function.name in self.operations and function.scope == "ko::filesystem"]
+                   if function.name in self.operations and not function.scope.endswith("detail")]
             kind = "headers" if own else "detail" if group.startswith("detail") else "types"
             if group in ("filesystem", "config", "std_path"):
                 kind = "headers"
@@ -301,7 +310,8 @@ class Site:
                     lines += title(re.sub(r"^(?:ko::filesystem::|detail::)+", "", name), "-")
                 lines += breathe(name, what, comment)
             functions = [function for header in headers for function in header.functions
-                         if function not in own and function.comment]
+                         if function not in own and function.comment and
+                         (kind == "detail" or not function.scope.endswith("detail"))]
             if functions and entries:
                 lines += title("Functions", "-")
             for function in functions:

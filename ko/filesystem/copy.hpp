@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/detail/callback.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
@@ -44,13 +44,14 @@ namespace ko::filesystem {
 ///       an empty path ("Empty Path not permitted")
 ///       a device, pipe or socket ("Unsupported file type")
 ///       a link whose text is not UTF-8 ("Target of the symbolic link does not exist")
+///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
+///                     files; path(): `to`
 ///   InvalidArgument   `to` is `from` or below it, in a recursive copy (EINVAL), whatever the
-///                     paths look like; nothing is made; path(): `from`, arguments(): `to`
+///                     paths look like, checked after that; nothing is made; path(): `from`,
+///                     arguments(): `to`
 ///   PathNotFound      `from` is missing; path(): empty
 ///   the class of the error number when `from` can't be examined; path(): empty
 ///   PathNotFound      what a followed link points to is missing; path(): the link
-///   FileExistsError   `to` exists in a recursive copy, with none of the options for existing
-///                     files; path(): `to`
 ///   InvalidArgument   a followed link or a mount leads to the target, to a directory above it, or
 ///                     to one that is being copied into (EINVAL); path(): where it leads,
 ///                     arguments(): where it would have been copied to
@@ -75,8 +76,9 @@ struct copy_step {
     std::uint64_t entries;    ///< copied before this one; a directory counts before its contents
     std::uint64_t bytes;      ///< of the regular files among them
 };
-/// Called before each entry, including `from` itself. Returning false ends the copy.
-using copy_observer = std::function<bool(copy_step const&)>;
+/// Called before each entry, including `from` itself: any function bool(copy_step const&). Returning
+/// false ends the copy.
+using copy_observer = detail::callback<copy_step const&>;
 
 /// The same as `copy`, but calls `observer` before each entry that exists, whatever the options do
 /// with it. An empty function is not called. What was copied before the end stays; no entry is left
@@ -101,8 +103,12 @@ KO_FILESYSTEM_API void copy(std::u16string const& from, std::u16string const& to
 /// copy is complete, clears its set-uid and set-gid bits if its owner or group differs from that of
 /// `from`.
 ///
-/// Boost before 1.84 never returns if `from` shrinks while it is copied (its issue 292): use a
-/// newer version if that can happen.
+/// Boost before 1.84 never returns if less of `from` can be read than its size says, since it
+/// shrinks meanwhile or its file system gives a size of its own (Boost's issue 292): use a newer
+/// version if that can happen.
+///
+/// Whether both paths are one file is seen by device and inode number. On a file system without
+/// stable numbers, overwriting a file by another of its names (another case, say) destroys it.
 ///
 /// Of the options, `skip_existing`, `update_existing` and `create_symlinks` take precedence in this
 /// order. With the first, a missing `to` is made by a plain copy, whatever the other options. With

@@ -8,7 +8,7 @@
 namespace ko::filesystem {
 
 /// Whether `a` and `b` are the same file, links followed. False if one of them is empty, has no
-/// UTF-8 form, or is missing.
+/// UTF-8 form, is missing, or can't be examined.
 ///
 /// Throws
 ///   InvalidArgument   both are empty ("Empty Path not permitted"); path(): empty

@@ -60,7 +60,8 @@ KO_FILESYSTEM_API void remove_symlink(upath const& p);
 /// The same for text, converted to native form first.
 KO_FILESYSTEM_API void remove_symlink(std::u16string const& p);
 
-/// Removes `p` and, if it is a directory, everything below it. Not atomic: what was removed before
+/// Removes `p` and, if it is a directory, everything below it. A link is removed itself, but
+/// "link/." is the directory that it leads to: that is emptied. Not atomic: what was removed before
 /// a failure stays removed. A directory that vanishes before it is listed counts as removed. Before
 /// each entry, the walk checks that its directory still is a directory and not a link; but entries
 /// are removed by path, so a process that can rename in the tree can still redirect the walk. Where
