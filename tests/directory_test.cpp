@@ -61,9 +61,7 @@ TEST_F(Directory, ListsWhatStdLists) {
 TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
     for (auto const options : {option::none, option::read_status}) {
         lines outcomes;
-        auto const ask = [&](auto question) {
-            outcomes.insert(outcome(scratch.path8(), question));
-        };
+        auto const ask = [&](auto what) { outcomes.insert(outcome(scratch.path8(), what)); };
         for (directory_entry const& entry : directory_iterator(u"d//", options)) {
             if (entry.has_path()) continue;
             ask([&] { return entry.path(); });
