@@ -42,7 +42,7 @@ std::size_t convert(iconv_t converter, std::basic_string<CharT> const& text) {
 }
 
 /// For each entry of the directory `path`, extends `path` to the entry's and calls `visit` with it,
-/// the name, and whether the listing reports a directory.
+/// the name, whether the listing reports a directory, and the descriptor of the open directory.
 template <class Visit>
 void for_each_entry(std::string& path, Visit visit) {
     DIR* const stream = ::opendir(path.c_str());
@@ -53,7 +53,7 @@ void for_each_entry(std::string& path, Visit visit) {
         if (name == "." || name == "..") continue;
         path += '/';
         path += name;
-        visit(name, entry->d_type == DT_DIR);
+        visit(name, entry->d_type == DT_DIR, ::dirfd(stream));
         path.resize(length);
     }
     checked(::closedir(stream));
@@ -102,7 +102,7 @@ void copy_tree(std::string& from, std::string& to) {
     checked(::stat(from.c_str(), &found));  // does it contain its own copy?
     make_directories(to);
     std::size_t const length = to.size();
-    for_each_entry(from, [&](std::string_view name, bool) {
+    for_each_entry(from, [&](std::string_view name, bool, int) {
         to += '/';
         to += name;
         checked(::lstat(from.c_str(), &found));
@@ -116,9 +116,19 @@ void copy_tree(std::string& from, std::string& to) {
 
 std::size_t list_tree(std::string& dir) {
     std::size_t sum = 0;
-    for_each_entry(dir, [&](std::string_view, bool is_directory) {
+    for_each_entry(dir, [&](std::string_view, bool is_directory, int) {
         sum += dir.size() + (is_directory ? 1 : 0);
         if (is_directory) sum += list_tree(dir);
+    });
+    return sum;
+}
+
+std::size_t sizes_in_tree(std::string& dir) {
+    std::size_t sum = 0;
+    for_each_entry(dir, [&](std::string_view name, bool is_directory, int descriptor) {
+        struct stat found;
+        checked(::fstatat(descriptor, name.data(), &found, AT_SYMLINK_NOFOLLOW));
+        sum += is_directory ? sizes_in_tree(dir) : static_cast<std::size_t>(found.st_size);
     });
     return sum;
 }
@@ -126,7 +136,7 @@ std::size_t list_tree(std::string& dir) {
 void remove_tree(std::string& dir) {
     check_is_directory(dir.c_str());
     std::size_t const length = dir.size();
-    for_each_entry(dir, [&](std::string_view, bool) {
+    for_each_entry(dir, [&](std::string_view, bool, int) {
         struct stat found;
         checked(::lstat(dir.c_str(), &found));
         dir[length] = '\0';

@@ -24,6 +24,9 @@ void copy_tree(std::string& from, std::string& to);
 /// The sum of the lengths of all paths below the directory `dir`, plus one for each directory.
 std::size_t list_tree(std::string& dir);
 
+/// The sum of the sizes of all files below the directory `dir`, with a status of each entry.
+std::size_t sizes_in_tree(std::string& dir);
+
 /// Removes the directory `dir`; checks before each removal in it that it still is a directory and
 /// not a link.
 void remove_tree(std::string& dir);

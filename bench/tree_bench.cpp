@@ -54,6 +54,26 @@ std::size_t list_by_std(std::u16string const& tree) {
     });
 }
 
+std::size_t sizes_by_ko(std::u16string const& tree) {
+    fs::recursive_directory_iterator const all(tree, fs::directory_option::read_status);
+    return sum_of(all, [](fs::directory_entry const& entry) {
+        return entry.is_regular_file() ? entry.file_size() : 0;
+    });
+}
+
+std::size_t sizes_by_std(std::u16string const& tree) {
+    return sum_of(std_fs::recursive_directory_iterator(tree), [](auto const& entry) {
+        return entry.is_regular_file() ? entry.file_size() : 0;
+    });
+}
+
+std::size_t sizes_by_boost(std::u16string const& tree) {
+    return sum_of(boost_fs::recursive_directory_iterator(boost_path(tree)), [](auto const& entry) {
+        bool const is_file = entry.symlink_status().type() == boost_fs::regular_file;
+        return is_file ? boost_fs::file_size(entry.path()) : 0;
+    });
+}
+
 std::size_t list_by_boost(std::u16string const& tree) {
     using boost::locale::conv::utf_to_utf;
     return sum_of(boost_fs::recursive_directory_iterator(boost_path(tree)), [](auto const& entry) {
@@ -78,6 +98,18 @@ void add_tree_jobs(std::u16string const& scratch) {
         .limit([=] {
             std::string dir = tree8;
             return plain::list_tree(dir);
+        });
+    std::size_t const bytes = sizes_by_ko(tree);
+    job("sizes of a tree of 2,000 files",
+        bytes == 2000 && bytes == sizes_by_std(tree) && bytes == sizes_by_boost(tree))
+        .target(1.25)
+        .large()
+        .ko([=] { return sizes_by_ko(tree); })
+        .std([=] { return sizes_by_std(tree); })
+        .boost([=] { return sizes_by_boost(tree); })
+        .limit([=] {
+            std::string dir = tree8;
+            return plain::sizes_in_tree(dir);
         });
     constexpr auto options = fs::copy_option::recursive | fs::copy_option::copy_symlinks;
     constexpr auto std_options =

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Includes every public header.
+/// Includes every public header except ko/filesystem/std_path.hpp.
 
 #include <ko/filesystem/access.hpp>
 #include <ko/filesystem/attempt.hpp>
@@ -9,6 +9,7 @@
 #include <ko/filesystem/copy.hpp>
 #include <ko/filesystem/create.hpp>
 #include <ko/filesystem/current_path.hpp>
+#include <ko/filesystem/detail/callback.hpp>
 #include <ko/filesystem/detail/current_directory.hpp>
 #include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
@@ -33,5 +34,4 @@
 #include <ko/filesystem/resolve.hpp>
 #include <ko/filesystem/space.hpp>
 #include <ko/filesystem/status.hpp>
-#include <ko/filesystem/std_path.hpp>
 #include <ko/filesystem/time.hpp>

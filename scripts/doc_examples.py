@@ -28,8 +28,12 @@ PROLOGUE = """\
 #include <boost/exception_ptr.hpp>
 
 #include <ko/filesystem.hpp>
+#include <ko/filesystem/std_path.hpp>
 
 namespace fs = ko::filesystem;
+
+// A row of a table shows a call, whatever its result.
+#pragma GCC diagnostic ignored "-Wunused-result"
 """
 
 

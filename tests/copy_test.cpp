@@ -142,6 +142,7 @@ TEST_F(Copy, ReportsThePathAtFault) {
     expect(copy_file_with(update), row(u"missing", u"g", missing), row(u"f", u"p", unsupported));
     expect(LIFT(copy_directory), row(u"f", u"", empty), row(u"missing//", u"x", missing),
            row(u"d//", u"f//", "FileExistsError [f]"));
+    expect(copy_with(recursive), row(u"d", u"x" + std::u16string(1, 0xD800), "PathNotFound"));
     auto const contradictory = overwrite | skip;
     expect(copy_with(contradictory), row(u"missing", u"x", rejected));
     expect(copy_file_with(contradictory), row(u"missing", u"x", rejected));
@@ -161,6 +162,17 @@ TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
         expect(copy_with(overwrite), row(u"f", name, refused));
         EXPECT_OUTCOME(copy_file(name, u"f", update), "ok");
         EXPECT_EQ(scratch.content(u"f"), "precious");
+    }
+}
+
+TEST_F(Copy, UpdateComparesTheFilesThatItCopies) {
+    environment_guard const home("HOME", scratch.path8().c_str());  // not to be compared
+    upath const tilde(u"~", false), other(u"other");
+    for (auto const& [from, to] : {std::pair(other, tilde), {tilde, other}}) {
+        file(from.native().c_str(), "old", 1000);
+        file(to.native().c_str(), "new", 1'000'000'000);
+        EXPECT_OUTCOME(copy_file(from, to, update), "ok");
+        EXPECT_EQ(scratch.content(to.native()), "new");
     }
 }
 

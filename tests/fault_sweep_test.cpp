@@ -281,6 +281,7 @@ TEST_F(FaultSweep, OfEveryCall) {
                             "fdopendir", "readdir", "closedir"})
         tree_copy.but(call, {}, listing);
     constexpr auto following = directory_option::follow_directory_symlinks;
+    constexpr auto skipping = directory_option::skip_permission_denied;
     auto const list = [](char const* operation, auto action) {
         auto row = scenario(operation, own, action)
                        .but("closedir", {}, "listed*")
@@ -382,6 +383,11 @@ TEST_F(FaultSweep, OfEveryCall) {
         list("directory_iterator", [=] { return listed(directory_iterator(at(u"d"))); }),
         list("recursive_directory_iterator",
              [=] { return listed(recursive_directory_iterator(at(u"d"))); }),
+        list("recursive_directory_iterator, denied skipped",
+             [=] { return listed(recursive_directory_iterator(at(u"d"), skipping)); })
+            .but("openat", {EACCES, EPERM}, "listed*")
+            .but("fdopendir", {EACCES, EPERM}, "listed*")
+            .but("readdir", {EACCES, EPERM}, "listed*"),
         list("recursive_directory_iterator, links followed",
              [=] { return listed(recursive_directory_iterator(at(u"./d"), following)); }),
         list("recursive_directory_iterator, going on",
@@ -613,6 +619,38 @@ TEST(Encoding, OpensEachConverterOncePerThreadAndClosesItWithIt) {
         });
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(call_recorder::open_converters, open_before);
+}
+
+using Converters = FaultSweep;
+TEST_F(Converters, AreOpenedBeforeDirectories) {
+    make_tree();
+    constexpr auto tree = copy_option::recursive | copy_option::skip_symlinks;
+    std::function<void()> const walks[] = {
+        [] { static_cast<void>(recursive_directory_iterator(u"d")); },
+        [] { copy(u"d", u"n", tree); }, [] { remove_all(u"d"); }};
+    for (auto const& walk : walks)
+        std::thread([&] {
+            call_recorder recorded;
+            walk();
+            auto const is_open = [](auto const& call) { return call.rfind("open", 0) == 0; };
+            auto const first = std::find_if(recorded.all.begin(), recorded.all.end(), is_open);
+            EXPECT_EQ(std::count(recorded.all.begin(), first, "iconv_open"), 2);
+        }).join();
+}
+
+TEST_F(Converters, ThatFailLeadNoCopyElsewhere) {
+    scratch.make({"\u00E9/", "\u00E9/\u6F22/", "\u00E9/\u6F22/inner", "stranger"});
+    for (std::size_t failing = 0; failing != 12; ++failing)
+        std::thread([&] {
+            call_recorder recorded;
+            recorded.failing_index = failing, recorded.error = ENOMEM;
+            std::error_code code;
+            attempt(code, [] { copy(u"\u00E9", u"n", copy_option::recursive); });
+            EXPECT_FALSE(std::filesystem::exists("n/stranger") ||
+                         std::filesystem::exists("n/\u6F22/stranger"));
+            EXPECT_EQ(!code, std::filesystem::exists("n/\u6F22/inner")) << failing;
+            std::filesystem::remove_all("n");
+        }).join();
 }
 
 TEST(Encoding, GivesNothingWithoutAConverter) {

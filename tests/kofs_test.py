@@ -80,7 +80,7 @@ TEXT = [
     ("copy --recursive --skip-links tree c2", 0, "", ""),
     ("copy --recursive --follow-links tree c3", 1, "", "kofs copy: tree, c3: tree/link: No such file or directory\n"),
     ("copy --recursive --copy-links tree c4", 0, "", ""),
-    ("copy --recursive --copy-links --update tree c4", 1, "", "kofs copy: c4: c4/link: File exists, and no link is replaced\n"),
+    ("copy --recursive --copy-links --update tree c4", 1, "", "kofs copy: c4: c4/link: File exists, and is not replaced by a link\n"),
     ("copy tree/link c5", 1, "", "a link that leads elsewhere from the working directory: use --copy-links"),
     ("copy to_link c5", 1, "", "kofs copy: to_link, c5: a link to a link is not followed: use --copy-links\n"),
     ("copy --follow-links to_link c5", 1, "", "kofs copy: to_link, c5: a link to a link is not followed\n"),
@@ -111,6 +111,7 @@ JSON = [
     ("remove-directory d", 0, {"0/done": True}),
     ("nonsense", 2, {"0/error/class": "usage", "0/command": None}),
     ("current-path --print0", 2, {"0/error/class": "usage"}),
+    ("list --long --sort=name same2", 0, {"0/result/path": "same2/home", "0/result/link": "~", "1/result/size": 0}),
     ("list --long tree/sub", 0, {"0/result/path": "tree/sub/old", "0/result/size": 3, "0/result/mode": "0640"}),
     ("copy --recursive --overwrite t new", 0, {"0/done": True, "0/operands/1": "new"}),
     ("copy --recursive --update t t", 1, {"0/error/class": "InvalidArgument", "0/error/entry/from": "t"}),
@@ -170,11 +171,12 @@ class Kofs(unittest.TestCase):
         shutil.copy2("f", "tree/sub/old")
         os.mkfifo("pipes/\u00dc/pipe")
         for text, name in ((b'a "b"\\\n\xc3\x9c', "l"), (b"\xff", "notutf8"), (b"loop", "loop"), (b"f", "to_f"),
-                           (b"to_f", "to_link"), (b"../f", "tree/link"), (b"x", "same/link")):
+                           (b"to_f", "to_link"), (b"../f", "tree/link"), (b"x", "same/link"), (b"~", "same2/home")):
             os.symlink(text, name)
         os.utime("tree/link", (1_000_000_000, 1_000_000_000), follow_symlinks=False)
 
     def test_removes_what_is_named_and_not_the_home_directory(self):
+        self.assertEqual(kofs("remove-all", "").stderr, "kofs remove-all: '': the path is empty\n")
         ran = subprocess.run(f"'{KOFS}' remove-all -- *", shell=True, capture_output=True)
         self.assertEqual((ran.returncode, os.listdir(), os.listdir(self.home)), (0, [], ["photos"]), ran)
 
@@ -270,7 +272,7 @@ class Kofs(unittest.TestCase):
         os.write(master, b"\x03")
         seen += read_terminal(master)
         self.assertEqual((os.waitpid(pid, 0)[1], os.listdir("copied") in ([], ["1"])), (signal.SIGINT, True), seen)
-        self.assertRegex(seen, rb"[25]\d? % of 2\.1 MB")
+        self.assertRegex(seen, rb"[27]5 % of 2\.1 MB")
         self.assertRegex(seen.decode(), r"\r +\rkofs copy: interrupted; entries copied: [12] \((0 B|1\.0 MB)\)\r\n$")
         for line in re.split(r"\r\n?", seen.decode()):
             self.assertLess(len(line) + len(re.findall("[\u5831\u544a]", line)), 70)

@@ -1,6 +1,8 @@
 #include <sstream>
 #include <string_view>
 
+#include <ko/filesystem/std_path.hpp>
+
 #include "support/outcome.hpp"
 
 namespace ko::filesystem::path_test {

@@ -1,7 +1,8 @@
-// Is not to compile, and to say what does.
+// Neither line is to compile; each is to say what does.
 
 #include <fstream>
 
 #include <ko/filesystem/path.hpp>
 
 std::ifstream file(ko::filesystem::upath(u"name"));
+auto const converted = ko::filesystem::upath(u"name").to_std();

@@ -19,9 +19,9 @@ namespace ko::filesystem {
 
 /// The size of the regular file `p` in bytes.
 /// Throws FileIsDirectory for a directory, and InvalidArgument, as for EINVAL, for any other type.
-KO_FILESYSTEM_API std::uint64_t file_size(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API std::uint64_t file_size(upath const& p);
 /// The same for text, converted to native form first: leading ~ expanded, // collapsed.
-KO_FILESYSTEM_API std::uint64_t file_size(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API std::uint64_t file_size(std::u16string const& p);
 
 /// Truncates the regular file `p` to `size` bytes, or extends it with zeros (truncate).
 /// Throws a SystemError with EFBIG for a size that the system can't represent, FileIsDirectory for
@@ -31,14 +31,14 @@ KO_FILESYSTEM_API void resize_file(upath const& p, std::uint64_t size);
 KO_FILESYSTEM_API void resize_file(std::u16string const& p, std::uint64_t size);
 
 /// The number of hard links to the file or directory `p`.
-KO_FILESYSTEM_API std::uint64_t hard_link_count(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API std::uint64_t hard_link_count(upath const& p);
 /// The same for text, converted to native form first.
-KO_FILESYSTEM_API std::uint64_t hard_link_count(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API std::uint64_t hard_link_count(std::u16string const& p);
 
 /// The time of the last write to `p`, in UTC, as in `status`.
-KO_FILESYSTEM_API boost::posix_time::ptime last_write_time(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API boost::posix_time::ptime last_write_time(upath const& p);
 /// The same for text, converted to native form first.
-KO_FILESYSTEM_API boost::posix_time::ptime last_write_time(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API boost::posix_time::ptime last_write_time(std::u16string const& p);
 
 /// Sets the time of the last write to `p`, in UTC, with the microseconds if the file system stores
 /// them. The time of the last access does not change (utimensat).

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/detail/callback.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
@@ -76,8 +76,9 @@ struct copy_step {
     std::uint64_t entries;    ///< copied before this one; a directory counts before its contents
     std::uint64_t bytes;      ///< of the regular files among them
 };
-/// Called before each entry, including `from` itself. Returning false ends the copy.
-using copy_observer = std::function<bool(copy_step const&)>;
+/// Called before each entry, including `from` itself: any function bool(copy_step const&). Returning
+/// false ends the copy.
+using copy_observer = detail::callback<copy_step const&>;
 
 /// The same as `copy`, but calls `observer` before each entry that exists, whatever the options do
 /// with it. An empty function is not called. What was copied before the end stays; no entry is left

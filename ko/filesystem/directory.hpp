@@ -2,15 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <utility>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <ko/filesystem/config.hpp>
+#include <ko/filesystem/detail/callback.hpp>
 #include <ko/filesystem/exceptions/fsys_exception_base.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/options.hpp>
@@ -53,41 +52,41 @@ public:
     ///
     /// Throws InvalidArgument "Invalid UTF-8" if the name, or that of a directory it was found in,
     /// is not UTF-8; path(): the path with U+FFFD for each bad byte
-    KO_FILESYSTEM_API upath const& path() const;
+    [[nodiscard]] KO_FILESYSTEM_API upath const& path() const;
 
     /// Whether `path` returns a path rather than throwing.
-    bool has_path() const noexcept { return has_path_; }
+    [[nodiscard]] bool has_path() const noexcept { return has_path_; }
 
     /// The path in the bytes of the system, for system calls of the caller's own.
-    std::string const& native_path() const noexcept { return path8_; }
+    [[nodiscard]] std::string const& native_path() const noexcept { return path8_; }
 
     /// The name in the bytes of the system, without the directory; "/" for the root.
-    std::string const& native_name() const noexcept { return name8_; }
+    [[nodiscard]] std::string const& native_name() const noexcept { return name8_; }
 
     /// The type, one of `file_status`, a link not followed: that of the status, if it was read, else
     /// as reported when the entry was listed. On file systems that list names only, the result of
     /// lstat, with `file_not_found` for an entry that no longer exists.
     ///
     /// Throws the class of the error number if that lstat fails; path(): the entry's
-    KO_FILESYSTEM_API std::uint32_t type() const;
+    [[nodiscard]] KO_FILESYSTEM_API std::uint32_t type() const;
 
     /// The status of the path, links followed (stat) or not (lstat). `file_not_found` in the same
     /// cases as in `ko::filesystem::status`.
     ///
     /// Throws the class of the error number for every other failure; path(): the entry's, unlike in
     /// `ko::filesystem::status`
-    KO_FILESYSTEM_API file_status status() const;
-    KO_FILESYSTEM_API file_status symlink_status() const;
+    [[nodiscard]] KO_FILESYSTEM_API file_status status() const;
+    [[nodiscard]] KO_FILESYSTEM_API file_status symlink_status() const;
 
     /// Whether this is a directory or a regular file, or a link to one. Only links need a system
     /// call. False for a dangling link, and for one to a path below a file.
     ///
     /// Throws the class of the error number for every other failure; path(): the entry's
-    KO_FILESYSTEM_API bool is_directory() const;
-    KO_FILESYSTEM_API bool is_regular_file() const;
+    [[nodiscard]] KO_FILESYSTEM_API bool is_directory() const;
+    [[nodiscard]] KO_FILESYSTEM_API bool is_regular_file() const;
 
     /// Throws like `type`.
-    bool is_symlink() const { return type() == file_status::symlink_file; }
+    [[nodiscard]] bool is_symlink() const { return type() == file_status::symlink_file; }
 
     /// The size of a regular file in bytes, links followed (stat).
     ///
@@ -96,12 +95,12 @@ public:
     ///   InvalidArgument   it is neither a regular file nor a directory; path(): the entry's
     ///   the class of the error number for every other failure, including PathNotFound;
     ///   path(): the entry's
-    KO_FILESYSTEM_API std::uint64_t file_size() const;
+    [[nodiscard]] KO_FILESYSTEM_API std::uint64_t file_size() const;
 
     /// The time of the last write, in UTC with microseconds, links followed (stat).
     ///
     /// Throws the class of the error number, including PathNotFound; path(): the entry's
-    KO_FILESYSTEM_API boost::posix_time::ptime last_write_time() const;
+    [[nodiscard]] KO_FILESYSTEM_API boost::posix_time::ptime last_write_time() const;
 
 private:
     friend class detail::directory_listing;
@@ -126,6 +125,30 @@ namespace detail {
 KO_FILESYSTEM_API bool is_at_end(directory_listing const* listing) noexcept;
 KO_FILESYSTEM_API directory_entry const& current_entry(directory_listing const& listing) noexcept;
 KO_FILESYSTEM_API void advance(directory_listing* listing);
+KO_FILESYSTEM_API directory_listing* share(directory_listing* listing) noexcept;
+KO_FILESYSTEM_API void release(directory_listing* listing) noexcept;
+
+/// Shares a listing, which the last one ends. Not a std::shared_ptr, for the same reason as with
+/// `callback`.
+class listing_pointer {
+public:
+    listing_pointer() = default;
+    /// Takes over a share of `listing`.
+    explicit listing_pointer(directory_listing* listing) noexcept : listing_(listing) {}
+    listing_pointer(listing_pointer const& other) noexcept : listing_(share(other.listing_)) {}
+    listing_pointer(listing_pointer&& other) noexcept
+        : listing_(std::exchange(other.listing_, nullptr)) {}
+    listing_pointer& operator=(listing_pointer other) noexcept {
+        std::swap(listing_, other.listing_);
+        return *this;
+    }
+    ~listing_pointer() { release(listing_); }
+
+    directory_listing* get() const noexcept { return listing_; }
+
+private:
+    directory_listing* listing_ = nullptr;
+};
 
 /// The common part of both iterators. As in std::filesystem they are input iterators: copies share
 /// one listing, and a reference to an entry is valid until the next advance. An iterator without a
@@ -149,7 +172,7 @@ public:
         directory_entry entry_;
     };
 
-    reference operator*() const noexcept { return current_entry(*listing_); }
+    reference operator*() const noexcept { return current_entry(*listing_.get()); }
     pointer operator->() const noexcept { return &**this; }
 
     /// Advances to the next entry. Throws what the constructor throws; the iterator is then at its
@@ -165,7 +188,8 @@ public:
     }
 
     friend bool operator==(Iterator const& a, Iterator const& b) noexcept {
-        return is_at_end(a.listing_.get()) ? is_at_end(b.listing_.get()) : a.listing_ == b.listing_;
+        directory_listing const *const one = a.listing_.get(), *const other = b.listing_.get();
+        return is_at_end(one) ? is_at_end(other) : one == other;
     }
     friend bool operator!=(Iterator const& a, Iterator const& b) noexcept { return !(a == b); }
 
@@ -181,13 +205,13 @@ protected:
     entry_iterator& operator=(entry_iterator const&) = default;
     entry_iterator& operator=(entry_iterator&&) noexcept = default;
 
-    std::shared_ptr<directory_listing> listing_;
+    listing_pointer listing_;
 };
 
 }  // namespace detail
 
 /// Called with the exception for a directory that can't be opened or read on, also for the one given
-/// to the constructor. Returns whether the listing goes on: that directory then counts as ended.
+/// to the constructor: any function bool(FsysExceptionBase const&). Returns whether the listing goes on: that directory then counts as ended.
 /// Otherwise the exception is thrown. What the handler throws passes unchanged, with the iterator at
 /// its end.
 ///
@@ -196,7 +220,7 @@ protected:
 ///     return true;
 /// };
 /// recursive_directory_iterator all(u"~/notes", directory_option::none, report);
-using directory_error_handler = std::function<bool(FsysExceptionBase const&)>;
+using directory_error_handler = detail::callback<FsysExceptionBase const&>;
 
 /// Iterates over the entries of one directory, in the system's order, without "." and "..". Whether
 /// it lists entries that are made or removed meanwhile depends on the system (readdir). The
@@ -254,10 +278,10 @@ public:
         directory_error_handler on_error = {});
 
     /// The depth of the entry: 0 for the entries of the directory given to the constructor.
-    KO_FILESYSTEM_API int depth() const noexcept;
+    [[nodiscard]] KO_FILESYSTEM_API int depth() const noexcept;
 
     /// Whether the next advance enters the entry if that is a directory.
-    KO_FILESYSTEM_API bool recursion_pending() const noexcept;
+    [[nodiscard]] KO_FILESYSTEM_API bool recursion_pending() const noexcept;
     /// Makes the next advance, and only that one, not enter the entry.
     KO_FILESYSTEM_API void disable_recursion_pending() noexcept;
 

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <iosfwd>
 #include <iterator>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -14,9 +13,12 @@
 namespace ko::filesystem {
 
 namespace detail {
-/// `type` is std::filesystem::path; defined in ko/filesystem/std_path.hpp.
+/// `type` is std::filesystem::path in its specialisation in ko/filesystem/std_path.hpp.
 template <class Native>
-struct std_path;
+struct std_path {
+    static_assert(sizeof(Native) == 0, "to_std and from_std need <ko/filesystem/std_path.hpp>");
+    using type = Native;
+};
 }  // namespace detail
 
 /// A path for the operations: UTF-16 text in native form (a leading tilde expanded, single slashes,
@@ -82,12 +84,12 @@ public:
     /// The same path as a std::filesystem::path, with the text of `string()`. Needs
     /// ko/filesystem/std_path.hpp.
     template <class Char = Native>
-    typename detail::std_path<Char>::type to_std() const {
+    [[nodiscard]] typename detail::std_path<Char>::type to_std() const {
         return string();
     }
 
     /// The same text, not expanded again, with another flag.
-    basic_path with_expand_tilde(bool expand_tilde) const {
+    [[nodiscard]] basic_path with_expand_tilde(bool expand_tilde) const {
         basic_path other(*this);
         other.expand_tilde_ = expand_tilde;
         return other;
@@ -99,13 +101,13 @@ public:
     }
     friend void swap(basic_path& a, basic_path& b) noexcept { a.swap(b); }
 
-    string_type const& native() const noexcept { return text_; }
-    bool expand_tilde() const noexcept { return expand_tilde_; }
-    bool empty() const noexcept { return text_.empty(); }
+    [[nodiscard]] string_type const& native() const noexcept { return text_; }
+    [[nodiscard]] bool expand_tilde() const noexcept { return expand_tilde_; }
+    [[nodiscard]] bool empty() const noexcept { return text_.empty(); }
 
     /// The text in UTF-8, as passed to the system: an unpaired surrogate becomes U+FFFD, but a high
     /// one at the end makes the result empty.
-    native_string_type string() const { return Traits::to_native(text_); }
+    [[nodiscard]] native_string_type string() const { return Traits::to_native(text_); }
 
     /// Doesn't compile, and says what to use: the text is UTF-16, so there is no UTF-8 to point to.
     /// libstdc++'s file streams accept as a path anything with this function and the next.
@@ -117,44 +119,50 @@ public:
     /// Does nothing: a native form has no other separators.
     basic_path& make_preferred() noexcept { return *this; }
 
-    bool is_absolute() const { return Traits::is_absolute(text_); }
-    bool is_relative() const { return !is_absolute(); }
+    [[nodiscard]] bool is_absolute() const { return Traits::is_absolute(text_); }
+    [[nodiscard]] bool is_relative() const { return !is_absolute(); }
 
     /// The elements, each a path: "/" first if there is one, then the names. The iterators are
     /// valid until this path changes.
-    const_iterator begin() const { return const_iterator(*this, 0); }
-    const_iterator end() const { return const_iterator(*this, text_.size()); }
+    [[nodiscard]] const_iterator begin() const { return const_iterator(*this, 0); }
+    [[nodiscard]] const_iterator end() const { return const_iterator(*this, text_.size()); }
 
     /// "/" or empty.
-    basic_path root_path() const { return part(Traits::extract_root_path(text_)); }
+    [[nodiscard]] basic_path root_path() const { return part(Traits::extract_root_path(text_)); }
     /// The path without its root.
-    basic_path relative_path() const { return part(Traits::extract_relative_path(text_)); }
+    [[nodiscard]] basic_path relative_path() const {
+        return part(Traits::extract_relative_path(text_));
+    }
     /// The path without its last element; empty for the root and for a single name.
-    basic_path parent_path() const { return part(Traits::extract_parent_path(text_)); }
+    [[nodiscard]] basic_path parent_path() const {
+        return part(Traits::extract_parent_path(text_));
+    }
     /// The last element; "/" for the root.
-    basic_path filename() const { return part(Traits::extract_filename(text_)); }
+    [[nodiscard]] basic_path filename() const { return part(Traits::extract_filename(text_)); }
     /// The last element up to its last dot.
-    basic_path stem() const { return part(Traits::extract_stem(text_)); }
+    [[nodiscard]] basic_path stem() const { return part(Traits::extract_stem(text_)); }
     /// What follows the last dot of the last element, without the dot.
-    basic_path extension() const { return part(Traits::extract_extension(text_)); }
+    [[nodiscard]] basic_path extension() const { return part(Traits::extract_extension(text_)); }
 
-    bool has_root_path() const { return is_absolute(); }
-    bool has_relative_path() const { return !relative_path().empty(); }
-    bool has_parent_path() const { return !parent_path().empty(); }
-    bool has_filename() const { return !filename().empty(); }
-    bool has_stem() const { return !stem().empty(); }
-    bool has_extension() const { return !extension().empty(); }
+    [[nodiscard]] bool has_root_path() const { return is_absolute(); }
+    [[nodiscard]] bool has_relative_path() const { return !relative_path().empty(); }
+    [[nodiscard]] bool has_parent_path() const { return !parent_path().empty(); }
+    [[nodiscard]] bool has_filename() const { return !filename().empty(); }
+    [[nodiscard]] bool has_stem() const { return !stem().empty(); }
+    [[nodiscard]] bool has_extension() const { return !extension().empty(); }
 
     /// This path without "." and "..", by its text alone: links are not resolved. See
     /// `detail::lexically_normal`.
-    basic_path lexically_normal() const { return part(Traits::lexically_normal(text_)); }
+    [[nodiscard]] basic_path lexically_normal() const {
+        return part(Traits::lexically_normal(text_));
+    }
     /// This path relative to `base`, by the texts alone; empty if there is no such path. See
     /// `detail::lexically_relative`.
-    basic_path lexically_relative(basic_path const& base) const {
+    [[nodiscard]] basic_path lexically_relative(basic_path const& base) const {
         return part(Traits::lexically_relative(text_, base.text_));
     }
     /// The same, or this path if that is empty.
-    basic_path lexically_proximate(basic_path const& base) const {
+    [[nodiscard]] basic_path lexically_proximate(basic_path const& base) const {
         basic_path const way = lexically_relative(base);
         return way.empty() ? *this : way;
     }

@@ -20,22 +20,22 @@ KO_FILESYSTEM_API bool exists(std::u16string const& p);
 
 /// Whether `p` is a directory, links followed (stat). False wherever `exists` is false.
 /// Throws like `exists`.
-KO_FILESYSTEM_API bool is_directory(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_directory(upath const& p);
 /// The same for text, converted to native form first.
-KO_FILESYSTEM_API bool is_directory(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_directory(std::u16string const& p);
 
 /// Whether `p` is a regular file, links followed (stat). False wherever `exists` is false.
 /// Throws like `exists`.
-KO_FILESYSTEM_API bool is_regular_file(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_regular_file(upath const& p);
 /// The same for text, converted to native form first.
-KO_FILESYSTEM_API bool is_regular_file(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_regular_file(std::u16string const& p);
 
 /// Whether `p` is a symbolic link, dangling or not (lstat). False for a missing path, also below a
 /// file.
 /// Throws like `exists`.
-KO_FILESYSTEM_API bool is_symlink(upath const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_symlink(upath const& p);
 /// The same for text, converted to native form first.
-KO_FILESYSTEM_API bool is_symlink(std::u16string const& p);
+[[nodiscard]] KO_FILESYSTEM_API bool is_symlink(std::u16string const& p);
 
 /// The status of `p`, links followed (stat). `file_not_found` for a missing or empty path, if the
 /// system reports EINVAL, and for a path that contains U+0000.

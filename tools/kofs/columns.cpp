@@ -1,6 +1,9 @@
 #include "columns.hpp"
 
 #include <locale.h>
+#if defined(__APPLE__)
+#include <xlocale.h>
+#endif
 #include <wchar.h>
 
 #include <algorithm>

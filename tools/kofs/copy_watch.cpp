@@ -61,18 +61,22 @@ std::string joined(std::vector<piece> pieces, std::size_t width) {
     }
 }
 
-/// Whether following the link `from` copies something else than what it leads to: the library takes
-/// its text from the working directory.
-bool leads_elsewhere(std::u16string const& from) try {
-    std::u16string const target = fs::read_symlink(from);
+/// What the library finds if it follows the link `from`: its text, taken from the working directory.
+std::u16string followed(arguments const& given, std::u16string const& from) {
+    return handed_on(given, fs::read_symlink(from));
+}
+
+/// Whether that is something else than what the link leads to.
+bool leads_elsewhere(arguments const& given, std::u16string const& from) try {
+    std::u16string const target = followed(given, from);
     return fs::exists(target) ? !fs::equivalent(from, target) : fs::exists(from);
 } catch (fs::PathNotFound const&) {
     return true;  // where the link leads to
 }
 
-/// Whether the library copies nothing for the link `from`.
-bool leads_to_link(std::u16string const& from) {
-    std::u16string const target = fs::read_symlink(from);
+/// Whether that is a link, of which the library copies nothing.
+bool leads_to_link(arguments const& given, std::u16string const& from) {
+    std::u16string const target = followed(given, from);
     return !target.empty() && fs::is_symlink(target);
 }
 
@@ -98,7 +102,11 @@ copy_watch::copy_watch(arguments const& given, std::u16string const& from)
     if ((terminal_ != nullptr && !is_verbose_) || given.has("progress")) count(from);
 }
 
-copy_watch::~copy_watch() {
+copy_watch::~copy_watch() { end(); }
+
+/// Shows nothing from then on.
+void copy_watch::end() {
+    terminal_.reset();
     {
         std::lock_guard<std::mutex> const guard(lock_);
         has_ended_ = true;
@@ -114,15 +122,14 @@ std::uint64_t copy_watch::run(action const& copy) {
         throw;
     } catch (std::exception const& error) {
         end_if_interrupted();
-        terminal_.reset();
-        bool const link_exists = dynamic_cast<fs::FileExistsError const*>(&error) != nullptr &&
-                                 given_.has("copy-links") && !current_.from.empty() &&
-                                 fs::is_symlink(current_.from) && fs::is_symlink(current_.to);
+        end();
+        bool const link_exists = current_.is_link && given_.has("copy-links") &&
+                                 dynamic_cast<fs::FileExistsError const*>(&error) != nullptr;
         throw entry_failure(error, current_.from, current_.to,
-                            link_exists ? "File exists, and no link is replaced" : nullptr);
+                            link_exists ? "File exists, and is not replaced by a link" : nullptr);
     }
     settle();
-    terminal_.reset();
+    end();
     for (std::u16string const& link : left_out_) {
         entry_failure const failure(std::runtime_error("a link to a link is not followed"), link,
                                     {}, nullptr);
@@ -138,6 +145,7 @@ void copy_watch::settle() {
     if (current_.from.empty()) return;
     ++entries_;
     bytes_ += current_.size;
+    current_.target8.clear();
     if (!current_.is_copied) return;
     ++copied_entries_;
     copied_bytes_ += current_.size;
@@ -148,6 +156,7 @@ bool copy_watch::step(fs::copy_step const& next) {
     current_entry found;
     found.from = next.from;
     found.to = next.to;
+    found.is_link = next.what.type == fs::file_status::symlink_file;
     if (next.what.type == fs::file_status::regular_file) found.size = next.what.size;
     {
         std::lock_guard<std::mutex> const guard(lock_);
@@ -156,11 +165,11 @@ bool copy_watch::step(fs::copy_step const& next) {
     if (terminal_ != nullptr && elapsed_time::interrupted()) return false;
     check(next);
     found.is_copied = will_copy(next);
-    bool const is_link = next.what.type == fs::file_status::symlink_file;
-    if (is_link && given_.has("follow-links") && !found.is_copied && !is_kept(next))
+    if (found.is_link && given_.has("follow-links") && !found.is_copied && !is_kept(next))
         left_out_.push_back(next.from);
-    if (terminal_ != nullptr && found.is_copied && !given_.has("create-links") &&
-        (found.size != 0 || (is_link && !given_.has("copy-links")))) {
+    bool const is_shown = terminal_ != nullptr || printer_.joinable();
+    if (is_shown && found.is_copied && !given_.has("create-links") &&
+        (found.size != 0 || (found.is_link && !given_.has("copy-links")))) {
         found.target8 = fs::detail::to_filesystem(next.to);
         struct stat before;
         found.is_made = ::lstat(found.target8.c_str(), &before) != 0;
@@ -182,9 +191,9 @@ void copy_watch::check(fs::copy_step const& next) const {
             return;
         if (given_.has("recursive"))
             throw std::runtime_error(std::string("a link: use ") + link_options);
-        if (leads_to_link(next.from))
+        if (leads_to_link(given_, next.from))
             throw std::runtime_error("a link to a link is not followed: use --copy-links");
-        if (leads_elsewhere(next.from))
+        if (leads_elsewhere(given_, next.from))
             throw std::runtime_error(
                 std::string("a link that leads elsewhere from the working directory: use ") +
                 link_options);
@@ -207,7 +216,7 @@ bool copy_watch::is_kept(fs::copy_step const& next) const {
 bool copy_watch::will_copy(fs::copy_step const& next) const {
     if (next.what.type == fs::file_status::symlink_file) {
         if (given_.has("copy-links")) return true;
-        return !given_.has("skip-links") && !leads_to_link(next.from) && !is_kept(next);
+        return !given_.has("skip-links") && !leads_to_link(given_, next.from) && !is_kept(next);
     }
     if (next.what.type != fs::file_status::directory_file) return !is_kept(next);
     bool const may_exist = given_.has("skip") || given_.has("update") || given_.has("overwrite") ||
@@ -225,7 +234,8 @@ void copy_watch::count(std::u16string const& from) {
         add(given_.command == "copy" ? fs::symlink_status(from) : fs::status(from));
         if (given_.has("recursive") && given_.command == "copy" && fs::is_directory(from))
             for (auto const& entry : fs::recursive_directory_iterator(
-                     from, fs::directory_option::skip_permission_denied)) {
+                     from, fs::directory_option::read_status,
+                     [](fs::FsysExceptionBase const&) { return true; })) {
                 if (terminal_ != nullptr && elapsed_time::interrupted()) break;
                 add(entry.symlink_status());
             }
@@ -282,7 +292,7 @@ std::string copy_watch::line(std::size_t width) const {
             {1, ", " + clock_text(std::lround(seconds * (1 - done) / done)) + " left"});
     std::string text = joined(std::move(pieces), width);
     std::size_t const taken = columns(text) + 2;
-    if (taken + 8 <= width) text += "  " + end_that_fits(shown(current_.from), width - taken);
+    if (taken + 16 <= width) text += "  " + end_that_fits(shown(current_.from), width - taken);
     return text;
 }
 

@@ -44,6 +44,7 @@ private:
     std::string line(std::size_t width) const;
     std::uint64_t bytes_now() const;
     void settle();
+    void end();
     void end_if_interrupted();
     void abandon();
     void say_interrupted() const;
@@ -51,6 +52,7 @@ private:
     /// What is being copied.
     struct current_entry {
         std::u16string from, to;
+        bool is_link = false;
         bool is_copied = false;    ///< rather than left out
         bool is_made = false;      ///< a file that did not exist before
         std::uint64_t size = 0;    ///< of a regular file

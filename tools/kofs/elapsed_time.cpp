@@ -171,8 +171,7 @@ void elapsed_time::run() {
 void elapsed_time::draw(long seconds) {
     if (!has_line_ || !in_foreground()) return;
     std::size_t const width = terminal_width();
-    std::string line = "kofs " + command_ + ": " + clock_text(seconds);
-    if (line.size() > width) line = clock_text(seconds);
+    std::string line = (width < 40 ? "" : "kofs " + command_ + ": ") + clock_text(seconds);
     if (line.size() > width) line.clear();
     std::size_t const left = width - line.size();
     if (was_interrupted)
@@ -193,7 +192,7 @@ void elapsed_time::erase() {
 
 void elapsed_time::end_process(int signal) {
     erase();
-    if (signal == SIGINT && more_.end) more_.end();
+    if (more_.end) more_.end();
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     ::sigaction(signal, &action, nullptr);

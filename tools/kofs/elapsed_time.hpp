@@ -24,7 +24,7 @@ public:
     struct details {
         /// What the line shows after the time, in at most the given columns. Empty for no line.
         std::function<std::string(std::size_t columns)> text;
-        /// Called before the process ends because of SIGINT.
+        /// Called before a signal ends the process.
         std::function<void()> end;
     };
 

@@ -55,57 +55,38 @@ public:
         auto options = fs::directory_option::none;
         if (given_.has("follow-links")) options |= fs::directory_option::follow_directory_symlinks;
         if (given_.has("skip-denied")) options |= fs::directory_option::skip_permission_denied;
-        try {
-            fs::recursive_directory_iterator it(path_, options), end;
-            for (; it != end; ++it) visit(it);
-        } catch (fs::FsysExceptionBase const& error) {
-            fail(error);
+        if (needs_status_) options |= fs::directory_option::read_status;
+        auto const go_on = [this](fs::FsysExceptionBase const& error) { return fail(error); };
+        fs::recursive_directory_iterator it(path_, options, go_on), end;
+        for (; it != end; ++it) {
+            if (it.depth() + 1 >= depth_) it.disable_recursion_pending();
+            try {
+                visit(*it);
+            } catch (fs::FsysExceptionBase const& error) {
+                fail(error);
+            }
         }
         if (!order_.empty()) print_sorted();
         return status_;
     }
 
 private:
-    void fail(std::exception const& error) {
+    bool fail(std::exception const& error) {
         status_ = std::max(status_, report_failure(given_, error));
-    }
-
-    void visit(fs::recursive_directory_iterator& it) {
-        fs::directory_entry const& entry = *it;
-        if (it.depth() + 1 >= depth_ || !can_be_entered(entry)) it.disable_recursion_pending();
-        try {
-            row found = {entry.path().string(), entry.type(), {}, {}};
-            if (needs_status_) {
-                found.status = entry.symlink_status();
-                if (found.status.type == fs::file_status::file_not_found) return;  // meanwhile
-            }
-            if (is_long_ && found.type == fs::file_status::symlink_file)
-                found.link = fs::read_symlink(entry.path()).string();
-            if (order_.empty())
-                print(found);
-            else
-                rows_.push_back(std::move(found));
-        } catch (fs::FsysExceptionBase const& error) {
-            fail(error);
-        }
-    }
-
-    /// An iterator ends at a directory that can't be opened: this is noticed, and reported, before.
-    bool can_be_entered(fs::directory_entry const& entry) try {
-        bool const follows = given_.has("follow-links");
-        if (entry.has_path() && (follows ? entry.is_directory() : is_directory(entry)))
-            fs::directory_iterator const opened(entry.path());
         return true;
-    } catch (fs::PathNotFound const&) {
-        return false;  // removed meanwhile
-    } catch (fs::FsysExceptionBase const& error) {
-        bool const is_denied = dynamic_cast<fs::AccessDenied const*>(&error) != nullptr;
-        if (!is_denied || !given_.has("skip-denied")) fail(error);
-        return false;
     }
 
-    static bool is_directory(fs::directory_entry const& entry) {
-        return entry.type() == fs::file_status::directory_file;
+    void visit(fs::directory_entry const& entry) {
+        row found = {entry.path().string(), entry.type(), {}, {}};
+        if (needs_status_) found.status = entry.symlink_status();
+        if (needs_status_ && found.status.type == fs::file_status::file_not_found)
+            return;  // by now
+        if (is_long_ && found.type == fs::file_status::symlink_file)
+            found.link = to_filesystem(fs::read_symlink(entry.path().native()));  // no tilde
+        if (order_.empty())
+            print(found);
+        else
+            rows_.push_back(std::move(found));
     }
 
     /// A directory comes right before its contents.

@@ -6,10 +6,10 @@
 #include <sys/types.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -145,6 +145,7 @@ public:
     void pop();
 
     bool recursion_pending = false;
+    std::atomic<int> shares{1};
 
 private:
     struct level {
@@ -334,6 +335,15 @@ void advance(directory_listing* listing) {
     if (!is_at_end(listing)) listing->advance();
 }
 
+directory_listing* share(directory_listing* listing) noexcept {
+    if (listing != nullptr) ++listing->shares;
+    return listing;
+}
+
+void release(directory_listing* listing) noexcept {
+    if (listing != nullptr && --listing->shares == 0) delete listing;
+}
+
 }  // namespace detail
 
 // The iterators
@@ -341,10 +351,10 @@ void advance(directory_listing* listing) {
 namespace {
 
 template <class Path>
-auto make_listing(Path const& p, directory_option options, directory_error_handler&& on_error,
-                  bool is_recursive) {
-    return std::make_shared<detail::directory_listing>(native_text(p), options, std::move(on_error),
-                                                       is_recursive);
+detail::listing_pointer make_listing(Path const& p, directory_option options,
+                                     directory_error_handler&& on_error, bool is_recursive) {
+    return detail::listing_pointer(
+        new detail::directory_listing(native_text(p), options, std::move(on_error), is_recursive));
 }
 
 }  // namespace
@@ -368,15 +378,15 @@ recursive_directory_iterator::recursive_directory_iterator(std::u16string const&
     listing_ = make_listing(p, options, std::move(on_error), /*is_recursive=*/true);
 }
 
-int recursive_directory_iterator::depth() const noexcept { return listing_->depth(); }
+int recursive_directory_iterator::depth() const noexcept { return listing_.get()->depth(); }
 bool recursive_directory_iterator::recursion_pending() const noexcept {
-    return listing_->recursion_pending;
+    return listing_.get()->recursion_pending;
 }
 void recursive_directory_iterator::disable_recursion_pending() noexcept {
-    listing_->recursion_pending = false;
+    listing_.get()->recursion_pending = false;
 }
 void recursive_directory_iterator::pop() {
-    if (!detail::is_at_end(listing_.get())) listing_->pop();
+    if (!detail::is_at_end(listing_.get())) listing_.get()->pop();
 }
 
 }  // namespace ko::filesystem

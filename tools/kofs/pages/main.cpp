@@ -60,7 +60,7 @@ std::string lowercase(std::string text) {
 }
 
 std::string in_manual(option const& each) {
-    std::string const flag = std::string("Fl -") + each.name;
+    std::string flag = std::string("Fl -") + each.name;
     if (each.value == nullptr) return flag;
     if (!takes_one_of(each)) return flag + " Ns = Ns Ar " + lowercase(each.value);
     return flag + " Ns = Ns Cm " + replaced(each.value, "|", " Ns | Ns Cm ");
