@@ -213,6 +213,7 @@ protected:
 
     /// Lets each call of `s` fail in turn. Returns the number of faults.
     int sweep(scenario const& s, surroundings const& around, bool short_transfers = false) {
+        detail::from_filesystem(detail::to_filesystem(u"\u00E9"));  // opens the converters
         calls made;
         auto const trial = [&](std::size_t index, int error) {
             call_recorder recorded;
