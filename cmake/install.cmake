@@ -16,6 +16,16 @@ if(PROJECT_IS_TOP_LEVEL AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}"
                    LIBRARY_OUTPUT_DIRECTORY ${tree}/${CMAKE_INSTALL_LIBDIR}
                    BUILD_WITH_INSTALL_RPATH ON
                    INSTALL_RPATH_USE_LINK_PATH ON) # for Boost in a place of its own
+    if(BUILD_SHARED_LIBS AND NOT is_multi_config AND CMAKE_HOST_UNIX)
+        # At the top of the tree as well, where a library is built by default and looked for.
+        add_custom_command(
+            TARGET ko_filesystem
+            POST_BUILD
+            COMMAND
+                ${CMAKE_COMMAND} -E create_symlink
+                ${CMAKE_INSTALL_LIBDIR}/$<TARGET_LINKER_FILE_NAME:ko_filesystem>
+                ${tree}/$<TARGET_LINKER_FILE_NAME:ko_filesystem>)
+    endif()
     if(TARGET kofs)
         set_target_properties(
             kofs

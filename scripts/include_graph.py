@@ -46,14 +46,14 @@ FLOORS = {module: (layer, floor) for layer, (_, _, floors) in enumerate(LAYERS)
           for floor, modules in enumerate(floors) for module in modules.split()}
 STANDARD = {
     "atomic": "atomic", "algorithm": "adjacent_find|any_of|binary_search|copy|find|max|min|none_of|sort|transform|unique",
-    "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
+    "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr|max)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
     "ctime": "time_t", "exception": "exception", "filesystem": "filesystem",
     "iterator": "back_inserter|.*_iterator_tag",
     "limits": "numeric_limits", "memory": "(make_)?unique(_ptr)?",
     "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "iosfwd": "ostream",
     "string": "(basic_|u16)?string|hash", "string_view": "(basic_|u16)?string_view", "tuple": "tie",
     "system_error": "error_code|(generic|system)_category",
-    "type_traits": "is_.*_v|.*_t", "utility": "exchange|forward|move|swap", "vector": "vector",
+    "type_traits": "is_.*_v|.*_t", "utility": "pair|exchange|forward|move|swap", "vector": "vector",
 }
 WIDTH, LEFT, BOX, LANE, LINE, GAP = 860, 20, 560, 26, 17, 34
 

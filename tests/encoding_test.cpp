@@ -4,7 +4,6 @@
 #include <ko/filesystem/posix/iconv_converter.hpp>
 
 #include "support/files.hpp"
-#include "support/short_texts.hpp"
 
 namespace ko::filesystem::test_support::encoding_test {
 

@@ -1,7 +1,6 @@
 // Every operation except copies and listings, on real files. Each test runs with texts and with paths.
 
-#include <boost/date_time/gregorian/gregorian_types.hpp>
-#include <boost/date_time/posix_time/posix_time_duration.hpp>
+#include <boost/date_time/posix_time/posix_time_types.hpp>
 
 #include "support/outcome.hpp"
 
@@ -248,6 +247,9 @@ TEST_P(Operations, RenameReportsTheSourceOrTheTarget) {
         expect(LIFT(rename), row(u"empty/m", u"d/m", "AccessDenied [d/m]"));
     });
     must(::chmod("d", 0755) == 0 && ::chmod(".", 0755) == 0);
+    expect(LIFT(rename_durably), row(u"missing", u"x", "PathNotFound [missing]"),
+           row(u"f", u"no/x", "PathNotFound [no/x]"), row(u"d", u"dir", "ok"),
+           row(u"dir", u"d", "ok"), row(u"", u"x", no_path), row(u"fifo", u"secret", "ok"));
     expect(LIFT(rename), row(u"f//", u"\u6F22//", "ok"), row(u"d", u"e", "ok"));
     EXPECT_EQ(scratch.content(u"\u6F22"), "content");
     EXPECT_EQ(mode("f") + mode("d") + mode("e/f"), "nothingnothing-644");
@@ -294,6 +296,10 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
 }
 
 TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
+    // Its size is given as 0, so that nothing may be copied.
+    expect(LIFT(rename), row(u"/proc/version", other / u"v",
+                             "SystemError [/proc/version] [" + utf8(other / u"v") + "] EIO"));
+    expect(LIFT(rename_durably), row(u"secret", other / u"secret", "ok"));
     other.make({"f: old", "d/", "d/f: old"});
     for (std::u16string const name : {u"f", u"d"})
         expect(LIFT(rename),

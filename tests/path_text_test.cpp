@@ -1,7 +1,6 @@
 #include <pwd.h>
 
 #include "support/outcome.hpp"
-#include "support/short_texts.hpp"
 
 namespace ko::filesystem::test_support::path_text_test {
 

@@ -114,7 +114,7 @@ def check_copy(reader):
                   "no row of FileExistsError with its path")
     reader.expect(sum("copy(" in text for text in reader.texts("dt.sig")) >= 4, "a signature is missing")
     reader.expect(any("copy_option::recursive" in text for text in reader.texts("div.highlight-cpp")), "no example")
-    reader.expect(reader.browser.find_elements(By.CSS_SELECTOR, "div.highlight-cpp span"), "an example without colours")
+    reader.expect(reader.texts("div.highlight-cpp span"), "an example without colours")
     reader.expect(any("Copies" in text for text in reader.texts("p.more + ul a")), "no link to the page that explains it")
 
 

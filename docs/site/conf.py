@@ -12,7 +12,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 project = "ko::filesystem"
 author = "the ko::filesystem authors"
-version = release = re.search(r"VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8").split("project(")[1])[1]
+lists = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+version = release = re.search(r"project\([^)]*VERSION (\S+)", lists)[1]
 extensions = ["myst_parser", "breathe", "sphinx_copybutton"]
 myst_heading_anchors = 4
 breathe_projects = {"ko": str(ROOT / "build/docs/xml")}

@@ -288,7 +288,7 @@ class Site:
                 kind = "headers"
             kinds[kind].append(self.page_of(group))
             path = headers[0].path if len(headers) == 1 else "ko/filesystem/exceptions.hpp"
-            heading = TITLES.get(group, group if kind == "types" else f"{group}.hpp")
+            heading = TITLES.get(group, group if kind == "types" else headers[0].path.removeprefix("ko/filesystem/"))
             lines = [f".. _header-{group}:", "", *title(heading)]
             lines += [".. rst-class:: include", "", f"``#include <{path}>``", ""]
             for header in headers:

@@ -37,6 +37,22 @@ inline void must(bool succeeded) {
     if (!succeeded) throw std::system_error(errno, std::generic_category());
 }
 
+/// Calls `use` with every text of up to `length` characters from `alphabet`.
+template <class String, class Use>
+void for_each_text(String const& alphabet, std::size_t length, Use use) {
+    for (String text;;) {
+        use(text);
+        std::size_t i = 0;  // count up, digits from the left
+        while (i < text.size() && text[i] == alphabet.back()) text[i++] = alphabet.front();
+        if (i < text.size())
+            text[i] = alphabet[alphabet.find(text[i]) + 1];
+        else if (text.size() < length)
+            text += alphabet.front();
+        else
+            return;
+    }
+}
+
 /// A directory for one test, made with plain system calls and removed with its contents.
 class scratch_dir {
 public:

@@ -47,15 +47,11 @@ Function* next(char const* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
-/// The path that each descriptor was opened by.
-std::map<int, std::string>& opened() {
-    static std::map<int, std::string> paths;
-    return paths;
-}
+std::map<int, std::string> opened;  // the path that each descriptor was opened by
 
 std::string shown(char const* name, DIR* stream) {
     bool const is_recorded = call_recorder::current != nullptr;
-    return is_recorded ? std::string(name) + ' ' + opened()[::dirfd(stream)] : "";
+    return is_recorded ? std::string(name) + ' ' + opened[::dirfd(stream)] : "";
 }
 
 std::string shown(char const* name, char const* path) { return std::string(name) + ' ' + path; }
@@ -63,7 +59,7 @@ std::string shown(char const* name, char const* path) { return std::string(name)
 /// A directory opened relative to another one is recorded with its whole path.
 std::string shown(char const* name, int base, char const* path) {
     bool const is_below = base != AT_FDCWD && *path != '/';
-    return std::string(name) + ' ' + (is_below ? opened()[base] + '/' : "") + path;
+    return std::string(name) + ' ' + (is_below ? opened[base] + '/' : "") + path;
 }
 
 }  // namespace
@@ -101,7 +97,7 @@ CALL(int, -1, linkat, SHOWN(linkat) + ' ' + to, (int d, text path, int e, text t
      (d, path, e, to, f))
 CALL(::dirent64*, nullptr, readdir64, shown("readdir", d), (DIR * d), (d))
 CALL(int, -1, fchmod, "fchmod", (int d, mode_t m) noexcept, (d, m))
-CALL(int, -1, fstat, "fstat " + opened()[d], (int d, struct stat* s) noexcept, (d, s))
+CALL(int, -1, fstat, "fstat " + opened[d], (int d, struct stat* s) noexcept, (d, s))
 CALL(int, -1, fstat64, "fstat", (int d, struct stat64* s) noexcept, (d, s))
 CALL(int, -1, fstatfs64, "fstatfs", (int d, struct statfs64* s) noexcept, (d, s))
 CALL(ssize_t, -1, sendfile, "sendfile", (int o, int i, off_t* p, size_t n) noexcept,
@@ -111,23 +107,22 @@ CALL(ssize_t, -1, sendfile64, "sendfile", (int o, int i, off64_t* p, size_t n) n
 CALL(ssize_t, -1, writev, "writev", (int d, iovec const* v, int n), (d, v, n))
 CALL(ssize_t, -1, write, "write", (int d, void const* b, size_t n), (d, b, n))
 CALL(ssize_t, -1, read, "read", (int d, void* b, size_t n), (d, b, n))
-CALL(DIR*, nullptr, fdopendir, "fdopendir " + opened()[d], (int d), (d))
+CALL(DIR*, nullptr, fdopendir, "fdopendir " + opened[d], (int d), (d))
 CALL(char*, nullptr, getcwd, "getcwd", (char* b, size_t n) noexcept, (b, n))
 #undef CALL
 
 // The mode, which only some calls have.
-#define OPEN(name, call, first, passed)                                              \
-    extern "C" int name(first char const* path, int flags, ...) {                    \
-        std::va_list rest;                                                           \
-        va_start(rest, flags);                                                       \
-        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;   \
-        va_end(rest);                                                                \
-        if (!ADMITTED(shown(call, passed path))) return -1;                          \
-        int const result =                                                           \
-            next<int(first char const*, int, ...)>(#name)(passed path, flags, mode); \
-        if (call_recorder::current != nullptr)                                       \
-            opened()[result] = shown("", passed path).substr(1);                     \
-        return result;                                                               \
+#define OPEN(name, call, first, passed)                                                           \
+    extern "C" int name(first char const* path, int flags, ...) {                                 \
+        std::va_list rest;                                                                        \
+        va_start(rest, flags);                                                                    \
+        unsigned const mode = (flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0;                \
+        va_end(rest);                                                                             \
+        if (!ADMITTED(shown(call, passed path))) return -1;                                       \
+        int const result =                                                                        \
+            next<int(first char const*, int, ...)>(#name)(passed path, flags, mode);              \
+        if (call_recorder::current != nullptr) opened[result] = shown("", passed path).substr(1); \
+        return result;                                                                            \
     }
 #define BASE int base,
 #define PASSED_BASE base,
@@ -138,8 +133,8 @@ OPEN(openat64, "openat", BASE, PASSED_BASE)
 #undef OPEN
 
 // These write nothing: the disk may be slow, and shared with others.
-extern "C" int fsync(int d) { return ADMITTED("fsync " + opened()[d]) ? 0 : -1; }
-extern "C" int syncfs(int d) noexcept { return ADMITTED("syncfs " + opened()[d]) ? 0 : -1; }
+extern "C" int fsync(int d) { return ADMITTED("fsync " + opened[d]) ? 0 : -1; }
+extern "C" int syncfs(int d) noexcept { return ADMITTED("syncfs " + opened[d]) ? 0 : -1; }
 extern "C" void sync() noexcept { static_cast<void>(ADMITTED("sync")); }
 
 // Closes the descriptor even if it reports a failure.
@@ -150,7 +145,7 @@ extern "C" int close(int descriptor) {
 extern "C" DIR* opendir(char const* path) {
     if (!ADMITTED(SHOWN(opendir))) return nullptr;
     DIR* const stream = next<DIR*(char const*)>("opendir")(path);
-    if (call_recorder::current != nullptr && stream != nullptr) opened()[::dirfd(stream)] = path;
+    if (call_recorder::current != nullptr && stream != nullptr) opened[::dirfd(stream)] = path;
     return stream;
 }
 /// The listing of a directory with "/./" in its path has no types, as on some file systems.
