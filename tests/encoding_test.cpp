@@ -6,9 +6,8 @@
 #include "support/files.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::encoding_test {
+namespace ko::filesystem::test_support::encoding_test {
 
-using namespace test_support;  // tests/support
 using detail::from_filesystem;
 using detail::to_filesystem;
 
@@ -26,14 +25,11 @@ void put_utf8(std::string& out, unsigned long c) {
 std::string expected_utf8(std::u16string const& s) {
     std::string out;
     for (std::size_t i = 0; i < s.size(); ++i) {
-        bool const last = i + 1 == s.size();
-        if (is_high(s[i]) && last) return {};
-        if (is_high(s[i]) && is_low(s[i + 1])) {
-            put_utf8(out, 0x10000ul + ((s[i] & 0x3FFul) << 10) + (s[i + 1] & 0x3FFul));
-            ++i;
-        } else {
-            put_utf8(out, is_high(s[i]) || is_low(s[i]) ? 0xFFFD : s[i]);
-        }
+        unsigned long c = s[i];
+        if (is_high(s[i]) && i + 1 == s.size()) return {};
+        if (is_high(s[i]) && is_low(s[i + 1]))
+            c = 0x10000 + ((c & 0x3FF) << 10) + (s[++i] & 0x3FFu);
+        put_utf8(out, c >= 0xD800 && c < 0xE000 ? 0xFFFD : c);
     }
     return out;
 }
@@ -54,10 +50,8 @@ std::u16string expected_utf16(std::string const& s) {
         }
         i += std::max<std::size_t>(sequence.size(), 1);
         if (sequence.empty()) c = 0xFFFD;
-        if (c >= 0x10000) {
-            out += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
-            c = 0xDC00 + ((c - 0x10000) & 0x3FF);
-        }
+        if (c >= 0x10000)
+            out += static_cast<char16_t>(0xD7C0 + (c >> 10)), c = 0xDC00 | (c & 0x3FF);
         out += static_cast<char16_t>(c);
     }
     return out;
@@ -125,4 +119,4 @@ TEST(Encoding, MayStopInsideAUnit) {
     ::iconv_close(pairs);
 }
 
-}  // namespace ko::filesystem::encoding_test
+}  // namespace ko::filesystem::test_support::encoding_test

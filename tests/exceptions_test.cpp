@@ -1,8 +1,6 @@
 #include <cstring>
-#include <locale>
 #include <new>
 #include <stdexcept>
-#include <thread>
 #include <typeinfo>
 
 #include <boost/exception/enable_current_exception.hpp>
@@ -10,9 +8,8 @@
 
 #include "support/outcome.hpp"
 
-namespace ko::filesystem::exceptions_test {
+namespace ko::filesystem::test_support::exceptions_test {
 
-using namespace test_support;  // tests/support
 using strings = std::vector<std::u16string>;
 
 template <class Error>
@@ -103,4 +100,4 @@ TEST(Exceptions, AreCapturedWithTheirClass) {
     }
 }
 
-}  // namespace ko::filesystem::exceptions_test
+}  // namespace ko::filesystem::test_support::exceptions_test

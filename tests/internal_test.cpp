@@ -3,18 +3,14 @@
 #include <chrono>
 #include <limits>
 
-#include <boost/date_time/gregorian/gregorian_types.hpp>
-#include <boost/date_time/posix_time/posix_time_duration.hpp>
-
-#include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
-#include <ko/filesystem/time.hpp>
 
 #include "support/files.hpp"
 
-namespace ko::filesystem::internal_test {
+namespace ko::filesystem::test_support::internal_test {
 
 using namespace detail;
+
 TEST(Status, HasEveryType) {
     for (unsigned bits = 0; bits != 16; ++bits) {
         bool const known = bits == 1 || (bits != 0 && bits != 14 && bits % 2 == 0);
@@ -23,19 +19,17 @@ TEST(Status, HasEveryType) {
 }
 
 TEST(Status, SaturatesTimes) {
-    boost::posix_time::ptime const epoch(boost::gregorian::date(1970, 1, 1));
     using limits = std::numeric_limits<std::int64_t>;
     // The last count that is a time, relative to 1970: those above are special values.
     std::int64_t const last = limits::max() - 2 - 210'866'803'200'000'000;
-    auto const check = [](std::int64_t seconds, std::int64_t microseconds, auto const& time) {
+    auto const check = [](std::int64_t seconds, std::int64_t microseconds,
+                          boost::posix_time::ptime time) {
         auto const nanoseconds = static_cast<long>(microseconds * 1000);
-        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), nanoseconds}),
-                  boost::posix_time::ptime(time))
-            << seconds;
+        EXPECT_EQ(to_ptime({static_cast<time_t>(seconds), nanoseconds}), time) << seconds;
     };
     check(limits::max(), 999'999, boost::posix_time::pos_infin);
     check(limits::min(), 0, boost::posix_time::neg_infin);
-    check(last / 1'000'000, last % 1'000'000, epoch + boost::posix_time::microseconds(last));
+    check(last / 1'000'000, last % 1'000'000, ptime_of(last));
     check(last / 1'000'000, last % 1'000'000 + 1, boost::posix_time::pos_infin);
 }
 
@@ -65,4 +59,4 @@ TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     }
 }
 
-}  // namespace ko::filesystem::internal_test
+}  // namespace ko::filesystem::test_support::internal_test

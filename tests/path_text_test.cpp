@@ -3,10 +3,9 @@
 #include "support/outcome.hpp"
 #include "support/short_texts.hpp"
 
-namespace ko::filesystem::path_text_test {
+namespace ko::filesystem::test_support::path_text_test {
 
 using namespace detail;
-using namespace ko::filesystem::test_support;  // tests/support
 
 using text = std::u16string;
 using byte_traits = path_traits<char, char>;
@@ -84,7 +83,6 @@ TEST_F(PathText, IsJoined) {
     auto const join = [](text base, text const& addition, bool expand = false) {
         return concatenate_pathname(base, addition, expand);
     };
-    std::string const refused = "InvalidArgument \"Absolute path not permitted\"";
     EXPECT_OUTCOME(join(u"a/", u"b"), "a/b");
     EXPECT_OUTCOME(join(u"/", u"b"), "/b");
     EXPECT_OUTCOME(join(u"", u"/b//c/"), "/b/c");
@@ -92,8 +90,8 @@ TEST_F(PathText, IsJoined) {
     EXPECT_OUTCOME(join(u"a//", u"b//c/"), "a//b/c");
     EXPECT_OUTCOME(join(u"a", u"~"), "a/~");
     EXPECT_OUTCOME(join(u"", u"~/x", true), "/home/u/x");
-    EXPECT_OUTCOME(join(u"a", u"/b"), refused);
-    EXPECT_OUTCOME(join(u"a", u"~", true), refused);
+    EXPECT_OUTCOME(join(u"a", u"/b"), no_absolute_path);
+    EXPECT_OUTCOME(join(u"a", u"~", true), no_absolute_path);
     std::string bytes = "a";
     EXPECT_OUTCOME(byte_traits::concatenate_pathname(bytes, "b//", false), "a/b");
     for (text self : {u"a//b", u"a/b", u"a/relative/path/that/is/longer/than/the/buffer"}) {
@@ -177,4 +175,4 @@ TEST_F(PathText, IsWalkedByACursor) {
     });
 }
 
-}  // namespace ko::filesystem::path_text_test
+}  // namespace ko::filesystem::test_support::path_text_test

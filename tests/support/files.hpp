@@ -1,6 +1,7 @@
 // Included by all tests, with what most of them need.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,8 +16,11 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <set>
+#include <sstream>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -41,7 +45,6 @@ public:
         must(::mkdtemp(path_.data()) != nullptr && ::chmod(path_.c_str(), 0755) == 0);
     }
     scratch_dir(scratch_dir const&) = delete;
-    scratch_dir& operator=(scratch_dir const&) = delete;
     ~scratch_dir() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -71,9 +74,6 @@ public:
     }
     std::u16string file(std::u16string const& name, std::string const& content = {}) const {
         return make({utf8(name) + ": " + content}), *this / name;
-    }
-    std::u16string directory(std::u16string const& name) const {
-        return make({utf8(name) + '/'}), *this / name;
     }
 
     std::string content(std::u16string const& name) const {

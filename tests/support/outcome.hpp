@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <map>
 #include <tuple>
 #include <type_traits>
@@ -21,6 +20,9 @@ inline std::map<int, std::string> const error_names = {
     NAMED(EOPNOTSUPP), NAMED(EOVERFLOW), NAMED(EPERM),        NAMED(ERANGE),  NAMED(EROFS),
     NAMED(ETXTBSY),    NAMED(EXDEV)};
 #undef NAMED
+
+inline std::string const no_path = "InvalidArgument \"Empty Path not permitted\"";
+inline std::string const no_absolute_path = "InvalidArgument \"Absolute path not permitted\"";
 
 /// Yes or no for a bool; a number; a text or a path as UTF-8.
 template <class Value>
@@ -109,11 +111,10 @@ private:
 
 }  // namespace ko::filesystem::test_support
 
-/// All overloads of an operation, for `expect`.
+/// All overloads of an operation, for `expect`; perhaps with arguments that follow the paths.
 #define LIFT(operation) [](auto const&... p) { return operation(p...); }
+#define WITH(operation, ...) [=](auto const&... p) { return operation(p..., __VA_ARGS__); }
 
 /// Compares the outcome of an expression, in a test with a scratch directory.
-#define EXPECT_OUTCOME(expression, expected)                                                      \
-    EXPECT_EQ(                                                                                    \
-        ko::filesystem::test_support::outcome(this->scratch.path8(), [&] { return expression; }), \
-        expected)
+#define EXPECT_OUTCOME(expression, expected) \
+    EXPECT_EQ(test_support::outcome(this->scratch.path8(), [&] { return expression; }), expected)

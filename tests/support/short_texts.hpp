@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
 namespace ko::filesystem::test_support {
 
 /// Calls `use` with every text of up to `length` characters from `alphabet`.

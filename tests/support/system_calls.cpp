@@ -9,7 +9,6 @@
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
-#include <sys/types.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -18,13 +17,13 @@
 #include <cstdarg>
 #include <cstdint>
 #include <map>
-#include <string>
 #include <string_view>
 #include <utility>
 
 namespace {
 
 using ko::filesystem::test_support::call_recorder;
+using text = char const*;
 
 /// Records `call` and returns whether to make it. Called only while there is a recorder: without one,
 /// the calls must not even allocate.
@@ -75,34 +74,31 @@ std::string shown(char const* name, int base, char const* path) {
         return ADMITTED(call) ? next<result parameters>(#name) arguments : failed; \
     }
 #define SHOWN(name) std::string(#name " ").append(path)
-CALL(int, -1, unlink, SHOWN(unlink), (char const* path) noexcept, (path))
-CALL(int, -1, rmdir, SHOWN(rmdir), (char const* path) noexcept, (path))
-CALL(int, -1, chdir, SHOWN(chdir), (char const* path) noexcept, (path))
-CALL(int, -1, mkdir, SHOWN(mkdir), (char const* path, mode_t m) noexcept, (path, m))
-CALL(int, -1, truncate, SHOWN(truncate), (char const* path, off_t n) noexcept, (path, n))
-CALL(int, -1, chmod, SHOWN(chmod), (char const* path, mode_t m) noexcept, (path, m))
-CALL(int, -1, lchmod, SHOWN(lchmod), (char const* path, mode_t m) noexcept, (path, m))
-CALL(int, -1, access, SHOWN(access), (char const* path, int m) noexcept, (path, m))
-CALL(int, -1, stat, SHOWN(stat), (char const* path, struct stat* s) noexcept, (path, s))
-CALL(int, -1, lstat, SHOWN(lstat), (char const* path, struct stat* s) noexcept, (path, s))
-CALL(int, -1, unlinkat, shown("unlinkat", d, path), (int d, char const* path, int f) noexcept,
+CALL(int, -1, unlink, SHOWN(unlink), (text path) noexcept, (path))
+CALL(int, -1, rmdir, SHOWN(rmdir), (text path) noexcept, (path))
+CALL(int, -1, chdir, SHOWN(chdir), (text path) noexcept, (path))
+CALL(int, -1, mkdir, SHOWN(mkdir), (text path, mode_t m) noexcept, (path, m))
+CALL(int, -1, truncate, SHOWN(truncate), (text path, off_t n) noexcept, (path, n))
+CALL(int, -1, chmod, SHOWN(chmod), (text path, mode_t m) noexcept, (path, m))
+CALL(int, -1, lchmod, SHOWN(lchmod), (text path, mode_t m) noexcept, (path, m))
+CALL(int, -1, access, SHOWN(access), (text path, int m) noexcept, (path, m))
+CALL(int, -1, stat, SHOWN(stat), (text path, struct stat* s) noexcept, (path, s))
+CALL(int, -1, lstat, SHOWN(lstat), (text path, struct stat* s) noexcept, (path, s))
+CALL(int, -1, unlinkat, shown("unlinkat", d, path), (int d, text path, int f) noexcept,
      (d, path, f))
 CALL(int, -1, fstatat, shown("fstatat", d, path),
-     (int d, char const* path, struct stat* s, int f) noexcept, (d, path, s, f))
-CALL(int, -1, statvfs, SHOWN(statvfs), (char const* path, struct statvfs* s) noexcept, (path, s))
-CALL(int, -1, statvfs64, SHOWN(statvfs), (char const* path, struct statvfs64* s) noexcept,
-     (path, s))
-CALL(int, -1, statx, SHOWN(statx),
-     (int d, char const* path, int f, unsigned m, struct statx* s) noexcept, (d, path, f, m, s))
-CALL(int, -1, utimensat, SHOWN(utimensat),
-     (int d, char const* path, timespec const* t, int f) noexcept, (d, path, t, f))
-CALL(char*, nullptr, realpath, SHOWN(realpath), (char const* path, char* b) noexcept, (path, b))
-CALL(int, -1, rename, SHOWN(rename) + ' ' + to, (char const* path, char const* to) noexcept,
-     (path, to))
-CALL(int, -1, symlink, SHOWN(symlink) + ' ' + to, (char const* path, char const* to) noexcept,
-     (path, to))
-CALL(int, -1, linkat, SHOWN(linkat) + ' ' + to,
-     (int d, char const* path, int e, char const* to, int f) noexcept, (d, path, e, to, f))
+     (int d, text path, struct stat* s, int f) noexcept, (d, path, s, f))
+CALL(int, -1, statvfs, SHOWN(statvfs), (text path, struct statvfs* s) noexcept, (path, s))
+CALL(int, -1, statvfs64, SHOWN(statvfs), (text path, struct statvfs64* s) noexcept, (path, s))
+CALL(int, -1, statx, SHOWN(statx), (int d, text path, int f, unsigned m, struct statx* s) noexcept,
+     (d, path, f, m, s))
+CALL(int, -1, utimensat, SHOWN(utimensat), (int d, text path, timespec const* t, int f) noexcept,
+     (d, path, t, f))
+CALL(char*, nullptr, realpath, SHOWN(realpath), (text path, char* b) noexcept, (path, b))
+CALL(int, -1, rename, SHOWN(rename) + ' ' + to, (text path, text to) noexcept, (path, to))
+CALL(int, -1, symlink, SHOWN(symlink) + ' ' + to, (text path, text to) noexcept, (path, to))
+CALL(int, -1, linkat, SHOWN(linkat) + ' ' + to, (int d, text path, int e, text to, int f) noexcept,
+     (d, path, e, to, f))
 CALL(::dirent64*, nullptr, readdir64, shown("readdir", d), (DIR * d), (d))
 CALL(int, -1, fchmod, "fchmod", (int d, mode_t m) noexcept, (d, m))
 CALL(int, -1, fstat, "fstat " + opened()[d], (int d, struct stat* s) noexcept, (d, s))
