@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>
@@ -47,24 +46,18 @@ TEST(Status, SaturatesTimes) {
 TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     using clock = std::chrono::system_clock;
     using filesystem::to_ptime;
-    using std::chrono::microseconds;
-    constexpr bool has_nanoseconds = clock::period::den > 1'000'000;  // libc++'s does not
-    auto const last = std::chrono::floor<microseconds>(clock::duration::max()).count();
-    for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last, last}) {
-        if (!has_nanoseconds && std::abs(count) == last) continue;
-        clock::time_point const time(microseconds{count});
+    auto const last = std::chrono::floor<std::chrono::microseconds>(clock::duration::max()).count();
+    for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last}) {
+        clock::time_point const time(std::chrono::microseconds{count});
         EXPECT_EQ(julian_microseconds(to_ptime(time)), julian_microseconds_of_epoch + count);
         EXPECT_EQ(to_time_point(to_ptime(time)), time);
-        auto const within = clock::duration(has_nanoseconds && count != last ? 999 : 0);
+        auto const within = clock::duration(clock::period::den / 1'000'000 - 1);
         EXPECT_EQ(to_ptime(time + within), to_ptime(time));
     }
-    auto const is_refused = [](auto convert, auto const& time) {
-        EXPECT_THROW(static_cast<void>(convert(time)), InvalidArgument);
-    };
-    is_refused(to_time_point, boost::posix_time::ptime());
-    if constexpr (has_nanoseconds) {
-        is_refused(to_time_point, ptime_of(last + 1));
-        is_refused(to_time_point, ptime_of(-last - 1));
+    EXPECT_THROW(static_cast<void>(to_time_point(boost::posix_time::ptime())), InvalidArgument);
+    if constexpr (clock::period::den > 1'000'000) {  // libstdc++'s, which holds less than a ptime
+        for (std::int64_t const count : {last + 1, -last - 1})
+            EXPECT_THROW(static_cast<void>(to_time_point(ptime_of(count))), InvalidArgument);
     } else {
         EXPECT_THROW(static_cast<void>(to_ptime(clock::time_point::max())), InvalidArgument);
     }
