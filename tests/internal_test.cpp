@@ -46,7 +46,8 @@ TEST(Status, SaturatesTimes) {
 TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     using clock = std::chrono::system_clock;
     using filesystem::to_ptime;
-    auto const last = std::chrono::floor<std::chrono::microseconds>(clock::duration::max()).count();
+    std::int64_t const last =
+        std::chrono::floor<std::chrono::microseconds>(clock::duration::max()).count();
     for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last}) {
         clock::time_point const time(std::chrono::microseconds{count});
         EXPECT_EQ(julian_microseconds(to_ptime(time)), julian_microseconds_of_epoch + count);
