@@ -58,6 +58,23 @@ TEST_F(Directory, ListsWhatStdLists) {
               "/|yes|no|");
 }
 
+TEST_F(Directory, AsksTheSystemByTheBytesOfAName) {
+    for (auto const options : {option::none, option::read_status}) {
+        lines outcomes;
+        auto const ask = [&](auto what) { outcomes.insert(outcome(scratch.path8(), what)); };
+        for (directory_entry const& entry : directory_iterator(u"d//", options)) {
+            if (entry.has_path()) continue;
+            ask([&] { return entry.path(); });
+            ask([&] { return entry.status().type == entry.type(); });
+            ask([&] { return entry.file_size(); });
+            EXPECT_EQ(entry.native_path(), "d/" + entry.native_name());
+        }
+        EXPECT_EQ(outcomes, (lines{"InvalidArgument \"Invalid UTF-8\" [d/\uFFFD]", "yes",
+                                   "FileIsDirectory [d/\uFFFD]",
+                                   "InvalidArgument \"Invalid UTF-8\" [d/a\uFFFDz]", "yes", "0"}));
+    }
+}
+
 TEST_F(Directory, EntriesAnswerTheSameHoweverTheyKnow) {
     auto const answers = [&](directory_entry const& entry) {
         std::string all = entry.native_path() + ' ' + entry.native_name();

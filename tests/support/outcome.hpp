@@ -92,21 +92,16 @@ class table_test : public scratch_test {
 protected:
     template <class Call, class... Row>
     void expect(Call call, Row const&... rows) const {
-        (check(call, rows), ...);
-    }
-    bool with_texts = true, with_paths = true;
-
-private:
-    template <class Call, class Row>
-    void check(Call call, Row const& row) const {
-        auto const compare = [&](auto const& made) {
+        auto const check = [&](auto const& made, auto const& row) {
             auto const& [paths, expected, line] = row;
             auto const result = [&, &p = paths] { return std::apply(made, p); };
             EXPECT_EQ(outcome(scratch.path8(), result), expected) << "row in line " << line;
         };
-        if (with_texts) compare(call);
-        if (with_paths) compare([&](auto const&... p) { return call(upath(p)...); });
+        auto const with_objects = [&](auto const&... p) { return call(upath(p)...); };
+        if (with_texts) (check(call, rows), ...);
+        if (with_paths) (check(with_objects, rows), ...);
     }
+    bool with_texts = true, with_paths = true;
 };
 
 }  // namespace ko::filesystem::test_support
