@@ -49,7 +49,7 @@ STANDARD = {
     "chrono": "chrono", "cstddef": "ptrdiff_t|size_t", "cstdint": r"u?int(\d+|ptr|max)_t", "cstdlib": "free|getenv", "cstring": "memcpy",
     "ctime": "time_t", "exception": "exception", "filesystem": "filesystem",
     "iterator": "back_inserter|.*_iterator_tag",
-    "limits": "numeric_limits", "memory": "(make_)?unique(_ptr)?",
+    "limits": "numeric_limits", "list": "list", "memory": "(make_)?unique(_ptr)?",
     "mutex": "lock_guard|mutex", "optional": "nullopt|optional", "iosfwd": "ostream",
     "string": "(basic_|u16)?string|hash", "string_view": "(basic_|u16)?string_view", "tuple": "tie",
     "system_error": "error_code|(generic|system)_category",

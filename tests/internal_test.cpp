@@ -38,7 +38,7 @@ TEST(Time, IsConvertedToThatOfTheClockAndBack) {
     using filesystem::to_ptime;
     using std::chrono::microseconds;
     constexpr bool has_nanoseconds = clock::period::den > 1'000'000;  // libc++'s does not
-    auto const last = std::chrono::floor<microseconds>(clock::duration::max()).count();
+    std::int64_t const last = std::chrono::floor<microseconds>(clock::duration::max()).count();
     for (std::int64_t const count : {std::int64_t{0}, std::int64_t{-1}, -last, last}) {
         if (!has_nanoseconds && std::abs(count) == last) continue;
         clock::time_point const time(microseconds{count});
