@@ -299,7 +299,8 @@ TEST_P(RenameAcrossFileSystems, RejectsExistingTargetsAndItself) {
     // Its size is given as 0, so that nothing may be copied.
     expect(LIFT(rename), row(u"/proc/version", other / u"v",
                              "SystemError [/proc/version] [" + utf8(other / u"v") + "] EIO"));
-    expect(LIFT(rename_durably), row(u"secret", other / u"secret", "ok"));
+    if (::getuid() == 0)  // whom no mode refuses
+        expect(LIFT(rename_durably), row(u"secret", other / u"secret", "ok"));
     other.make({"f: old", "d/", "d/f: old"});
     for (std::u16string const name : {u"f", u"d"})
         expect(LIFT(rename),
