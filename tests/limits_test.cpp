@@ -21,7 +21,7 @@ TEST_F(Limits, OfATreesDepth) {
         return nullptr;
     };
     pthread_attr_t small;
-    pthread_t thread;
+    pthread_t thread{};
     must(::pthread_attr_init(&small) == 0 && ::pthread_attr_setstacksize(&small, 128 * 1024) == 0 &&
          ::pthread_create(&thread, &small, copy_deep, &scratch) == 0);
     ::pthread_join(thread, nullptr);
