@@ -155,11 +155,13 @@ TEST_F(Copy, RefusesToOverwriteAFileWithItself) {
 TEST_F(Copy, UpdateComparesTheFilesThatItCopies) {
     environment_guard const home("HOME", scratch.path8().c_str());  // not to be compared
     upath const tilde(u"~", false), other(u"other");
-    for (auto const& paths : {std::pair(other, tilde), {tilde, other}}) {
-        file(paths.first.native().c_str(), "old", 1000);
-        file(paths.second.native().c_str(), "new", 1'000'000'000);
-        EXPECT_OUTCOME(copy_file(paths.first, paths.second, update), "ok");
-        EXPECT_EQ(scratch.content(paths.second.native()), "new");
+    for (bool const to_tilde : {true, false}) {
+        upath const& from = to_tilde ? other : tilde;
+        upath const& to = to_tilde ? tilde : other;
+        file(from.native().c_str(), "old", 1000);
+        file(to.native().c_str(), "new", 1'000'000'000);
+        EXPECT_OUTCOME(copy_file(from, to, update), "ok");
+        EXPECT_EQ(scratch.content(to.native()), "new");
     }
 }
 
