@@ -374,7 +374,9 @@ TEST_P(Operations, EquivalentComparesFiles) {
 }
 
 TEST_P(Operations, SpaceIsInBytes) {
-    auto const sizes = [](auto const& s) { return std::tuple(s.capacity, s.free, s.available); };
+    auto const sizes = [](auto const& s) {
+        return std::vector<std::uintmax_t>{s.capacity, s.free, s.available};
+    };
     for (auto const system = [&] { return sizes(std::filesystem::space("d/f")); };;) {
         auto const before = system(), own = sizes(space(upath(u"l/f")));
         if (before != system()) continue;  // another process writes there
