@@ -298,7 +298,9 @@ void directory_listing::read() {
 void directory_listing::take(::dirent const& found) {
     entry_.name8_ = found.d_name;
     entry_.path8_ = path8_;
-    algorithm::concatenate(entry_.path8_, entry_.name8_, /*expand_tilde=*/false);
+    if (!algorithm::is_separator(path8_.back()))
+        entry_.path8_ += pathname_traits<char>::PATHNAME_SEPARATOR_CHARACTER;
+    entry_.path8_ += entry_.name8_;
     entry_.has_path_ = levels_.back().has_path && try_from_filesystem(entry_.name8_, name_);
     if (entry_.has_path_) {
         entry_.path_ = path_;
