@@ -43,8 +43,7 @@ private:
     };
     template <class Call>
     struct holder final : function {
-        template <class From>
-        explicit holder(From&& from) : held(std::forward<From>(from)) {}
+        explicit holder(Call call) : held(std::move(call)) {}
         function* copy() const override { return new holder(held); }
         bool call(Argument argument) override { return held(argument); }
         Call held;
