@@ -93,8 +93,9 @@ class Moves(unittest.TestCase):
     def test_name_what_stays(self):
         (self.folder / "tree" / "mount").mkdir(parents=True)
         with self.tmpfs("target", "1m") as target, self.tmpfs("tree/mount", "1m"):
-            self.assertEqual(self.move(self.folder / "tree", target / "tree"),
-                             "kofs rename: tree, target/tree: tree/mount: Device or resource busy\n")
+            # Busy; libc++ goes on, and reports the directory above as not empty.
+            self.assertRegex(self.move(self.folder / "tree", target / "tree"),
+                             "^kofs rename: tree, target/tree: tree/mount: (Device or resource busy|Directory not empty)\n$")
             self.assertTrue((target / "tree/mount").is_dir())
 
 
