@@ -12,8 +12,10 @@
 #include <ko/filesystem/detail/callback.hpp>
 #include <ko/filesystem/detail/current_directory.hpp>
 #include <ko/filesystem/detail/encoding.hpp>
+#include <ko/filesystem/detail/option_operators.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/path_cursor.hpp>
 #include <ko/filesystem/detail/path_decomposition.hpp>
 #include <ko/filesystem/detail/path_expansion.hpp>
 #include <ko/filesystem/detail/path_traits.hpp>

@@ -21,8 +21,8 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 PICTURE = ROOT / "docs/design.svg"
 # The layers from the lowest, each with its floors from the lowest.
 LAYERS = [
-    ("base", "constants, records, vector code, owners of handles", [
-        "config file_status options detail/callback detail/path_constants detail/text_scan posix/handles"]),
+    ("base", "records, operators, vector code, what calls of the system need", [
+        "config file_status detail/callback detail/option_operators detail/text_scan posix/system_call"]),
     ("exceptions", "the classes, the form in which they are thrown, and error codes instead", [
         "exceptions/escape exceptions/fsys_exception_base exceptions/invalid_argument exceptions/path_errors "
         "exceptions/throw",
@@ -30,7 +30,8 @@ LAYERS = [
     ("encoding", "UTF-16 to UTF-8 and back, and a failure in words", [
         "posix/iconv_converter", "detail/encoding posix/encoding", "exceptions exceptions/describe"]),
     ("path text", "parts, joining, native form, upath", [
-        "detail/path_algorithms", "detail/path_decomposition detail/path_expansion", "detail/path_composition",
+        "posix/home_directory", "detail/path_constants", "detail/path_algorithms",
+        "detail/path_cursor detail/path_decomposition", "detail/path_expansion", "detail/path_composition",
         "detail/path_traits", "path std_path"]),
     ("operations", "what calls the system, and the error mapping", [
         "detail/current_directory detail/error_mapping posix/directory_stream posix/directory_maker posix/file_identity "
@@ -39,7 +40,7 @@ LAYERS = [
         "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
-        "resolve space time"]),
+        "resolve space time", "options"]),
     ("public header", "includes every header that callers see", ["filesystem"]),
 ]
 FLOORS = {module: (layer, floor) for layer, (_, _, floors) in enumerate(LAYERS)

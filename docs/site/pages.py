@@ -15,11 +15,11 @@ from dataclasses import dataclass, field
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROJECT_PAGES = ("CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md")
 # Better titles than the names of the headers.
-TITLES = {"path": "upath", "directory": "Directory iterators", "options": "Options", "exceptions": "Exceptions",
+TITLES = {"path": "upath", "directory": "Directory iterators", "exceptions": "Exceptions",
           "time": "Times",
           "detail-encoding": "UTF-8 and UTF-16",
           "detail-path_decomposition": "Parts of path text", "detail-path_composition": "Building path text",
-          "detail-path_expansion": "Tildes, and a cursor", "detail-path_constants": "Constants of path text",
+          "detail-path_expansion": "Tildes", "detail-path_cursor": "A cursor over elements", "detail-path_constants": "Constants of path text",
           "detail-path_traits": "Traits of a path class", "detail-current_directory": "The working directory"}
 NAMES = {"path": "upath"}  # of pages
 

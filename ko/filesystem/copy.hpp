@@ -5,8 +5,8 @@
 
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/detail/callback.hpp>
+#include <ko/filesystem/detail/option_operators.hpp>
 #include <ko/filesystem/file_status.hpp>
-#include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
 /// Copying. If a failure comes from Boost.Filesystem, which copies the files and makes the
@@ -19,6 +19,22 @@
 /// This needs a query of `from`: if that fails, its exception (of `exists`, and for EACCES of
 /// `access`) is thrown instead, with the whole path.
 namespace ko::filesystem {
+
+/// Options of `copy` and `copy_file`; combined with |. `copy_symlinks` and `skip_symlinks`
+/// exclude each other, and so do `overwrite_if_exists`, `skip_existing` and `update_existing`.
+enum class copy_option : unsigned int {
+    none = 0,                 ///< an existing destination is an error, except for `copy_directory`
+    overwrite_if_exists = 1,  ///< replace an existing destination file
+    skip_existing = 2,        ///< leave an existing destination alone, silently
+    update_existing = 4,      ///< replace a destination that is older or not a regular file
+    recursive = 8,            ///< copy a directory with its contents (`copy`)
+    copy_symlinks = 16,       ///< copy a link as a link, not what it points to (`copy`)
+    skip_symlinks = 32,       ///< ignore links (`copy`)
+    create_symlinks = 64,     ///< make a link to the source instead of copying
+};
+
+template <>
+inline constexpr bool detail::is_option<copy_option> = true;
 
 /// Copies `from` to `to` by its type: a file as `copy_file`; a directory as `copy_directory`, with
 /// its contents if `recursive`; a link as the link options specify, by default what it points to. A

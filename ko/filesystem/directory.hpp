@@ -10,9 +10,9 @@
 
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/detail/callback.hpp>
+#include <ko/filesystem/detail/option_operators.hpp>
 #include <ko/filesystem/exceptions/fsys_exception_base.hpp>
 #include <ko/filesystem/file_status.hpp>
-#include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
 /// Listing a directory, or a directory tree.
@@ -24,6 +24,17 @@ namespace ko::filesystem {
 namespace detail {
 class directory_listing;
 }
+
+/// Options of the directory iterators; combined with |.
+enum class directory_option : unsigned int {
+    none = 0,
+    follow_directory_symlinks = 1,  ///< enter links to directories
+    skip_permission_denied = 2,     ///< pass over a directory that may not be read
+    read_status = 4,                ///< read the status of each entry (lstat) as it is listed
+};
+
+template <>
+inline constexpr bool detail::is_option<directory_option> = true;
 
 /// One entry of a listing. It is an independent copy, which may outlive the iterator.
 ///

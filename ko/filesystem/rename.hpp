@@ -1,12 +1,21 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <ko/filesystem/config.hpp>
-#include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
 namespace ko::filesystem {
+
+/// Options of `rename` for moves to another file system.
+struct rename_options {
+    constexpr rename_options() noexcept : preserve_last_write_time(0) {}
+
+    /// Set the last-write time of every copied regular file to that of its source; see `rename` for
+    /// the exceptions.
+    std::uint16_t preserve_last_write_time : 1;
+};
 
 /// Moves `from` to `to`. Within a file system this is one system call, which replaces an existing
 /// `to` as POSIX specifies (a file by a file, an empty directory by a directory).

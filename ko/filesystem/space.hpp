@@ -1,10 +1,18 @@
 #pragma once
 
+#include <cstdint>
+
 #include <ko/filesystem/config.hpp>
-#include <ko/filesystem/options.hpp>
 #include <ko/filesystem/path.hpp>
 
 namespace ko::filesystem {
+
+/// The result of `space`, in bytes.
+struct space_info {
+    std::uint64_t capacity;
+    std::uint64_t free;
+    std::uint64_t available;  ///< to a process without privileges
+};
 
 /// The size and the free space of the file system that contains `p`. There is no overload for text.
 ///

@@ -11,6 +11,7 @@ namespace ko::filesystem::detail {
 /// either may be empty. The exception has `path1` in UTF-16, with U+FFFD for each byte that is not
 /// UTF-8. Only InvalidArgument (EINVAL) and SystemError have `path2`, as their only argument, even
 /// if it is empty.
-[[noreturn]] void throw_errno_exception(int errnum, std::string_view path1, std::string_view path2);
+[[noreturn]] void throw_errno_exception(int errnum, std::string_view path1,
+                                        std::string_view path2 = {});
 
 }  // namespace ko::filesystem::detail

@@ -12,8 +12,8 @@
 #include <ko/filesystem/exceptions/throw.hpp>
 
 /// The path text algorithms, once for UTF-8 and UTF-16. The views they return point into their
-/// argument. The public functions, with their documentation, are in path_decomposition.hpp,
-/// path_expansion.hpp and path_composition.hpp.
+/// argument. The public functions, with their documentation, are in path_decomposition.hpp
+/// and path_composition.hpp.
 namespace ko::filesystem::detail::algorithm {
 
 template <class CharT>
@@ -61,15 +61,6 @@ template <class CharT>
 view<CharT> filename(view<CharT> p) noexcept {
     std::size_t const separator = last_separator(p);
     return separator == p.npos || is_root(p) ? p : p.substr(separator + 1);
-}
-
-/// The text after the last dot of the last element, empty if it has none. So "." and "..", which
-/// end with their last dot, have no extension either.
-template <class CharT>
-view<CharT> extension(view<CharT> p) noexcept {
-    for (std::size_t i = p.size(); i-- != 0 && !is_separator(p[i]);)
-        if (p[i] == pathname_traits<CharT>::DOT_CHARACTER) return p.substr(i + 1);
-    return {};
 }
 
 template <class CharT>

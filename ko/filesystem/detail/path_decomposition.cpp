@@ -43,7 +43,7 @@ std::u16string extract_stem(std::u16string const& p) {
 }
 
 std::u16string extract_extension(std::u16string const& p) {
-    return std::u16string(algorithm::extension<char16_t>(p));
+    return std::u16string(algorithm::split_name(algorithm::filename<char16_t>(p)).extension);
 }
 
 pathname_elements extract_pathname_elements(std::u16string const& p) {

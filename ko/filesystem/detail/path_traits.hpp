@@ -6,6 +6,7 @@
 #include <ko/filesystem/config.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
+#include <ko/filesystem/detail/path_cursor.hpp>
 #include <ko/filesystem/detail/path_decomposition.hpp>
 #include <ko/filesystem/detail/path_expansion.hpp>
 

@@ -5,6 +5,9 @@
 
 #include <cerrno>
 
+#include <boost/bind/bind.hpp>
+#include <boost/function.hpp>
+
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
@@ -46,7 +49,7 @@ bool access_impl(std::u16string const& native, unsigned int mode) {
         return false;
     if (error == ENOENT && asks_for_existence) return false;
     if (error == EROFS && (mode & access_write) != 0) return false;
-    detail::throw_errno_exception(error, path8.c_str(), {});
+    detail::throw_errno_exception(error, path8.c_str());
 }
 
 unsigned int changed_permissions(unsigned int present, unsigned int perms) noexcept {
@@ -65,12 +68,12 @@ void permissions_impl(std::u16string const& native, unsigned int perms) {
     detail::system_path const path8(native);
     bool const link_itself = (perms & file_status::perms_symlink) != 0;
     // A missing path is not a failure here: the change reports it, with the path.
-    file_status const present =
-        detail::read_status(link_itself ? &::lstat : &::stat, path8.c_str());
+    file_status const present = detail::status_from_stat(
+        boost::bind(link_itself ? &::lstat : &::stat, path8.c_str(), boost::placeholders::_1));
     auto const change =
         link_itself && present.type == file_status::symlink_file ? &::lchmod : &::chmod;
     auto const mode = static_cast<mode_t>(changed_permissions(present.permissions, perms));
-    if (change(path8.c_str(), mode) != 0) detail::throw_errno_exception(errno, path8.c_str(), {});
+    if (change(path8.c_str(), mode) != 0) detail::throw_errno_exception(errno, path8.c_str());
 }
 
 }  // namespace

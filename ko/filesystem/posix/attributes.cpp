@@ -12,9 +12,9 @@
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
@@ -27,7 +27,7 @@ using detail::throw_errno_exception;
 
 struct stat found_at(char const* path8) {
     struct stat found;
-    if (::stat(path8, &found) != 0) throw_errno_exception(errno, path8, {});
+    if (::stat(path8, &found) != 0) throw_errno_exception(errno, path8);
     return found;
 }
 
@@ -36,7 +36,7 @@ std::uint64_t file_size_impl(std::u16string const& native) {
     detail::system_path const path8(native);
     struct stat const found = found_at(path8.c_str());
     if (!S_ISREG(found.st_mode))
-        throw_errno_exception(S_ISDIR(found.st_mode) ? EISDIR : EINVAL, path8.c_str(), {});
+        throw_errno_exception(S_ISDIR(found.st_mode) ? EISDIR : EINVAL, path8.c_str());
     return static_cast<std::uint64_t>(found.st_size);
 }
 
@@ -44,9 +44,9 @@ void resize_file_impl(std::u16string const& native, std::uint64_t size) {
     detail::reject_empty_path(native);
     detail::system_path const path8(native);
     if (size > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
-        throw_errno_exception(EFBIG, path8.c_str(), {});
+        throw_errno_exception(EFBIG, path8.c_str());
     auto const resize = [&] { return ::truncate(path8.c_str(), static_cast<off_t>(size)); };
-    if (posix::detail::uninterrupted(resize) != 0) throw_errno_exception(errno, path8.c_str(), {});
+    if (detail::uninterrupted(resize) != 0) throw_errno_exception(errno, path8.c_str());
 }
 
 std::uint64_t hard_link_count_impl(std::u16string const& native) {
@@ -78,7 +78,7 @@ void last_write_time_impl(std::u16string const& native, ptime const& time) {
     timespec times[] = {{}, to_timespec(time)};
     times[0].tv_nsec = UTIME_OMIT;
     if (::utimensat(AT_FDCWD, path8.c_str(), times, 0) != 0)
-        throw_errno_exception(errno, path8.c_str(), {});
+        throw_errno_exception(errno, path8.c_str());
 }
 
 }  // namespace

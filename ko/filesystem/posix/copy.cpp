@@ -73,8 +73,10 @@ struct place {
 
 /// Whether something is at `to`, whose tilde is deliberately expanded.
 bool exists_at(place to) {
-    return algorithm::begins_with_tilde<char16_t>(to.text) ? exists(to.text)
-                                                           : exists_natively(to.path8);
+    struct stat found;
+    return algorithm::begins_with_tilde<char16_t>(to.text)
+               ? exists(to.text)
+               : exists_natively(&::stat, to.path8, found);
 }
 
 // Files
@@ -132,10 +134,9 @@ private:
 
 /// The status as `status` has it, but of the path exactly as given.
 file_status status_at(char const* path8) {
-    file_status result;
-    auto const error = try_status(&::stat, path8, result);
-    if (error && *error != EINVAL) throw_errno_exception(*error, {}, {});
-    return result;
+    struct stat found;
+    int const error = examine(&::stat, path8, found);
+    return examined_status(error, found, /*other_absent=*/EINVAL, /*reported=*/{});
 }
 
 bool is_up_to_date(char const* from8, char const* to8) {
@@ -188,8 +189,9 @@ void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
     reject_empty_path(to);
     system_path const from8(from);
     struct stat found;
-    // Deliberately without the path, as in `copy`.
-    if (!examine(&::lstat, from8.c_str(), found)) throw cloneable(PathNotFound({}));
+    int const error = examine(&::lstat, from8.c_str(), found);
+    if (error != 0)
+        throw_errno_exception(error, {});  // deliberately without the path, as in `copy`
     if (!S_ISLNK(found.st_mode)) throw_invalid_argument("Non-symbolic link file is not permitted");
     std::string const target8 = link_target(from8.c_str());
     make_link_at(target8.c_str(), system_path(to).c_str());
@@ -211,7 +213,7 @@ void copy_directory_impl(std::u16string const& from, std::u16string const& to) {
 void make_target(std::string const& to8, bool has_parent) {
     int const error = has_parent ? make_directory(to8.c_str()) : ENOENT;
     if (error == ENOENT) return make_directories(to8);
-    if (error != 0) throw_errno_exception(error, to8, {});
+    if (error != 0) throw_errno_exception(error, to8);
 }
 
 // Anything
@@ -298,8 +300,8 @@ void tree_copy::copy(std::u16string const& from, std::u16string const& to) {
 /// the entry as done: after a failure there is no further call.
 struct stat tree_copy::look_at(place from, std::u16string const& to) {
     struct stat found;
-    // Deliberately without the path.
-    if (!examine(&::lstat, from.path8, found)) throw cloneable(PathNotFound({}));
+    int const error = examine(&::lstat, from.path8, found);
+    if (error != 0) throw_errno_exception(error, {});  // deliberately without the path
     if (observer_) {
         file_status const what = to_file_status(found);
         if (!observer_({from.text, to, what, entries_, bytes_}))
@@ -349,7 +351,9 @@ void tree_copy::copy_followed(place from, place to) {
     // Deliberately as given: a relative target is resolved from the working directory, and nothing
     // is copied for a link to a link.
     struct stat found;
-    if (!examine(&::lstat, target8.c_str(), found)) throw cloneable(PathNotFound(from.text));
+    int const error = examine(&::lstat, target8.c_str(), found);
+    if (error == ENOENT) throw cloneable(PathNotFound(from.text));
+    if (error != 0) throw_errno_exception(error, {});
     if (S_ISREG(found.st_mode)) return copy_file(found, {target, target8.c_str()}, to);
     if (!S_ISDIR(found.st_mode)) return;
     native_text const listed(target);
@@ -370,10 +374,10 @@ void tree_copy::copy_directory_contents(place from, std::optional<file_identity>
     std::list<level> made;
     level& listed = made.emplace_back(from, identity, to);
     if (listed.source_identity && is_listed(*listed.source_identity))
-        throw_errno_exception(ELOOP, found8, {});
+        throw_errno_exception(ELOOP, found8);
 
     struct stat existing;
-    bool const to_exists = exists_natively(listed.target8.c_str(), existing);
+    bool const to_exists = exists_natively(&::stat, listed.target8.c_str(), existing);
     if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to.text));
 
     if (is_outermost) look_above(listed.target8);
@@ -425,7 +429,7 @@ tree_copy::level::level(place from, std::optional<file_identity> const& identity
         target8 = system_path(target).string();
     }
     // Joined with names, an empty text would become the working directory.
-    if (source8.empty() || target8.empty()) throw_errno_exception(ENOENT, {}, {});
+    if (source8.empty() || target8.empty()) throw_errno_exception(ENOENT, {});
     source_length = source.size(), target_length = target.size(), target8_length = target8.size();
 }
 
@@ -436,7 +440,7 @@ void tree_copy::level::advance() {
 
 void tree_copy::look_above(std::string const& to8) {
     int const error = find_directories_above(to8, above_target_);
-    if (error != 0) throw_errno_exception(error, to8, {});
+    if (error != 0) throw_errno_exception(error, to8);
 }
 
 bool tree_copy::is_listed(file_identity const& directory) const {

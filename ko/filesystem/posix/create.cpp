@@ -17,14 +17,14 @@ namespace {
 using detail::native_text;
 
 void reject_root(std::string_view path8) {
-    if (path8 == "/") detail::throw_errno_exception(EEXIST, path8, {});
+    if (path8 == "/") detail::throw_errno_exception(EEXIST, path8);
 }
 
 void create_directory_impl(std::u16string const& native) {
     detail::system_path const path8(native);
     reject_root(path8.c_str());
     int const error = detail::make_directory(path8.c_str());
-    if (error != 0) detail::throw_errno_exception(error, path8.c_str(), {});
+    if (error != 0) detail::throw_errno_exception(error, path8.c_str());
 }
 
 void create_directories_impl(std::u16string const& native) {

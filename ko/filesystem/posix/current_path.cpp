@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <string>
@@ -14,7 +16,6 @@
 #include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
@@ -50,16 +51,17 @@ std::string detail::get_cwd_mt() {
     std::lock_guard<std::mutex> const lock(cwd_mutex());
     char buffer[1024];
     if (::getcwd(buffer, sizeof buffer) != nullptr) return buffer;
-    if (errno != ERANGE) throw_errno_exception(errno, {}, {});
-    posix::detail::malloc_text const longer(::getcwd(nullptr, 0));
-    if (longer == nullptr) throw_errno_exception(errno, {}, {});
+    if (errno != ERANGE) throw_errno_exception(errno, {});
+    auto const free = [](char* text) { std::free(text); };
+    std::unique_ptr<char, decltype(free)> const longer(::getcwd(nullptr, 0), free);
+    if (longer == nullptr) throw_errno_exception(errno, {});
     return longer.get();
 }
 
 bool detail::set_cwd_mt(std::string const& path8) {
     reject_zero(path8);
     std::lock_guard<std::mutex> const lock(cwd_mutex());
-    if (::chdir(path8.c_str()) != 0) throw_errno_exception(errno, path8, {});
+    if (::chdir(path8.c_str()) != 0) throw_errno_exception(errno, path8);
     return true;
 }
 

@@ -22,8 +22,8 @@
 #include <ko/filesystem/posix/durability.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
 #include <ko/filesystem/posix/foreign_rights.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 
 namespace ko::filesystem::detail {
 
@@ -87,8 +87,7 @@ int own_target_error(std::string const& from8, std::string const& to8) {
 /// EIO if a byte can be read from `file8`, whose size is given as 0. Else 0, or the error number of
 /// a failure to find out.
 int emptiness_error(char const* file8) noexcept {
-    using posix::detail::uninterrupted;
-    posix::detail::file_descriptor const file(uninterrupted(
+    file_descriptor const file(uninterrupted(
         [=] { return ::open(file8, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
     if (file.get() == -1) return errno;
     char byte;
@@ -314,7 +313,7 @@ void remove_source(std::string const& from8, std::string const& to8) {
 }  // namespace
 
 int move_across_devices(std::string const& from8, std::string const& to8,
-                        rename_options const& options) {
+                        bool preserve_last_write_time) {
     int error = error_of([&] { return own_target_error(from8, to8); });
     if (error != 0) return error;
     device_copy copy(from8, to8);
@@ -322,7 +321,7 @@ int move_across_devices(std::string const& from8, std::string const& to8,
     if (error == 0) error = error_of([&] { return copy.settle(); });
     if (error == EIO) error = cause_of_failed_write(from8, to8);
     if (error != 0) return error;
-    if (options.preserve_last_write_time != 0) transfer_write_times(from8, to8);
+    if (preserve_last_write_time) transfer_write_times(from8, to8);
     error = error_of([&] { return copy.sync(); });
     if (error == 0) remove_source(from8, to8);
     return error;

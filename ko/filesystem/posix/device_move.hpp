@@ -3,8 +3,6 @@
 
 #include <string>
 
-#include <ko/filesystem/options.hpp>
-
 namespace ko::filesystem::detail {
 
 /// Moves `from8` to `to8` on another file system by copying and removing, as documented at
@@ -15,6 +13,6 @@ namespace ko::filesystem::detail {
 ///   the class of the error number if the source can't be removed; path(): the entry that stays,
 ///   arguments(): `to8`
 int move_across_devices(std::string const& from8, std::string const& to8,
-                        rename_options const& options);
+                        bool preserve_last_write_time);
 
 }  // namespace ko::filesystem::detail

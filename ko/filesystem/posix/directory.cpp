@@ -23,9 +23,9 @@
 #include <ko/filesystem/posix/directory_stream.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
@@ -37,13 +37,10 @@ namespace {
 using detail::native_text;
 using detail::throw_errno_exception;
 
-/// Returns the not-found value for ENOENT and for `other_absent`.
-file_status status_at(std::string const& path8, detail::stat_function stat_or_lstat,
-                      int other_absent) {
-    file_status result;
-    auto const error = detail::try_status(stat_or_lstat, path8.c_str(), result);
-    if (error && *error != other_absent) throw_errno_exception(*error, path8, {});
-    return result;
+file_status status_at(std::string const& path8, detail::stat_function call, int other_absent) {
+    struct stat found;
+    int const error = detail::examine(call, path8.c_str(), found);
+    return detail::examined_status(error, found, other_absent, /*reported=*/path8);
 }
 
 }  // namespace
@@ -65,7 +62,7 @@ upath const& directory_entry::path() const {
 file_status directory_entry::unfollowed_status(int other_absent) const {
     if (status_error_ == status_not_read) return status_at(path8_, &::lstat, other_absent);
     if (status_error_ == 0) return status_;
-    if (status_error_ != other_absent) throw_errno_exception(status_error_, path8_, {});
+    if (status_error_ != other_absent) throw_errno_exception(status_error_, path8_);
     return {};
 }
 
@@ -78,7 +75,7 @@ file_status directory_entry::followed_status(int other_absent) const {
 
 file_status directory_entry::existing_status() const {
     file_status const result = followed_status();
-    if (result.type == file_status::file_not_found) throw_errno_exception(ENOENT, path8_, {});
+    if (result.type == file_status::file_not_found) throw_errno_exception(ENOENT, path8_);
     return result;
 }
 
@@ -106,7 +103,7 @@ std::uint64_t directory_entry::file_size() const {
     file_status const found = existing_status();
     if (found.type == file_status::regular_file) return found.size;
     bool const is_directory = found.type == file_status::directory_file;
-    throw_errno_exception(is_directory ? EISDIR : EINVAL, path8_, {});
+    throw_errno_exception(is_directory ? EISDIR : EINVAL, path8_);
 }
 
 boost::posix_time::ptime directory_entry::last_write_time() const {
@@ -149,7 +146,7 @@ public:
 
 private:
     struct level {
-        posix::detail::dir_stream stream;
+        dir_stream stream;
         std::optional<file_identity> identity;  ///< only if links are followed
         bool has_path = true;
         std::size_t path8_length_above = 0;
@@ -216,7 +213,7 @@ void directory_listing::pop() {
 /// counts as empty.
 bool directory_listing::open(int base, char const* name8, int flags) {
     level opened;
-    opened.stream = posix::detail::open_directory_stream(base, name8, flags);
+    opened.stream = open_directory_stream(base, name8, flags);
     if (opened.stream == nullptr) {
         int const error = errno;
         if (is_skipped(error)) return false;
@@ -276,9 +273,9 @@ void directory_listing::leave() noexcept {
 /// Throws the exception for `error` in the directory `path8_`, unless the handler lets the listing go
 /// on.
 void directory_listing::report(int error) const {
-    if (!on_error_) throw_errno_exception(error, path8_, {});
+    if (!on_error_) throw_errno_exception(error, path8_);
     try {
-        throw_errno_exception(error, path8_, {});
+        throw_errno_exception(error, path8_);
     } catch (FsysExceptionBase const& failure) {
         if (!on_error_(failure)) throw;
     }
@@ -287,8 +284,7 @@ void directory_listing::report(int error) const {
 /// Advances to the next entry of the last level or, after its end, of those above.
 void directory_listing::read() {
     for (; !levels_.empty(); leave()) {
-        if (auto const* const found = posix::detail::next_entry(levels_.back().stream.get()))
-            return take(*found);
+        if (auto const* const found = next_entry(levels_.back().stream.get())) return take(*found);
         int const error = errno;
         // Linux reports ENOENT for an open directory that has been removed.
         if (error != 0 && error != ENOENT && !is_skipped(error)) report(error);
@@ -318,9 +314,11 @@ void directory_listing::read_status(::dirent const& found) {
     entry_.status_error_ = directory_entry::status_not_read;
     if (has(options_, directory_option::read_status)) {
         int const base = ::dirfd(levels_.back().stream.get());
-        auto const error = try_status_below(base, found.d_name, entry_.status_);
-        entry_.status_error_ = error.value_or(0);
-        if (!error) return;
+        struct stat status;
+        int const error = examine_below(base, found.d_name, status);
+        if (error == 0) entry_.status_ = to_file_status(status);
+        entry_.status_error_ = error == ENOENT ? 0 : error;  // removed since: `file_not_found`
+        if (entry_.status_error_ == 0) return;
     }
     entry_.status_.type = translated_type(static_cast<mode_t>(DTTOIF(found.d_type)));
 }

@@ -7,12 +7,13 @@
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 
 namespace ko::filesystem::detail {
 
 int make_directory(char const* path8) noexcept {
     errno = 0;
-    return ::mkdir(path8, 0775) == 0 ? 0 : errno;
+    return errno_of(::mkdir(path8, 0775));
 }
 
 namespace {
@@ -25,7 +26,7 @@ void make_directories_above(std::string& path8, Accepts accepts) {
         path8[end] = '\0';  // the prefix, in place
         int const error = make_directory(path8.c_str());
         if (error != 0 && !accepts(error, path8.c_str()))
-            throw_errno_exception(error, path8.c_str(), {});
+            throw_errno_exception(error, path8.c_str());
         path8[end] = '/';
     }
 }
@@ -36,7 +37,7 @@ void make_directories(std::string path8) {
     // Anything that exists is accepted, even a file: the next step reports that.
     make_directories_above(path8, [](int error, char const*) { return error == EEXIST; });
     int const error = make_directory(path8.c_str());
-    if (error != 0) throw_errno_exception(error, path8, {});
+    if (error != 0) throw_errno_exception(error, path8);
 }
 
 bool ensure_directories_at(std::string path8) {
@@ -48,7 +49,7 @@ bool ensure_directories_at(std::string path8) {
         return error == EEXIST || leads_to_directory(part8);
     });
     int const error = make_directory(path8.c_str());
-    if (error != 0 && !leads_to_directory(path8.c_str())) throw_errno_exception(error, path8, {});
+    if (error != 0 && !leads_to_directory(path8.c_str())) throw_errno_exception(error, path8);
     return error == 0;
 }
 

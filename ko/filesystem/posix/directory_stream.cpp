@@ -6,12 +6,20 @@
 #include <cerrno>
 
 #include <ko/filesystem/detail/path_algorithms.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 
-namespace ko::filesystem::posix::detail {
+namespace ko::filesystem::detail {
 
 int open_directory(int base, char const* path8, int flags) noexcept {
     return uninterrupted(
         [=] { return ::openat(base, path8, O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags); });
+}
+
+int directory_error(int base, char const* path8) noexcept {
+    int const descriptor = open_directory(base, path8, O_NOFOLLOW);
+    if (descriptor == -1) return errno;
+    ::close(descriptor);  // opening it was the test
+    return 0;
 }
 
 dir_stream open_directory_stream(int base, char const* path8, int flags) noexcept {
@@ -30,9 +38,8 @@ dir_stream open_directory_stream(int base, char const* path8, int flags) noexcep
     for (;;) {
         errno = 0;
         ::dirent const* const entry = ::readdir(stream);
-        if (entry == nullptr || !filesystem::detail::algorithm::is_dot_name<char>(entry->d_name))
-            return entry;
+        if (entry == nullptr || !algorithm::is_dot_name<char>(entry->d_name)) return entry;
     }
 }
 
-}  // namespace ko::filesystem::posix::detail
+}  // namespace ko::filesystem::detail

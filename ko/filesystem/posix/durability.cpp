@@ -7,12 +7,9 @@
 #include <string_view>
 
 #include <ko/filesystem/detail/path_algorithms.hpp>
-#include <ko/filesystem/posix/handles.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 
 namespace ko::filesystem::detail {
-
-using posix::detail::file_descriptor;
-using posix::detail::uninterrupted;
 
 namespace {
 

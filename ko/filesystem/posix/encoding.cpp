@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include <ko/filesystem/detail/encoding.hpp>
-#include <ko/filesystem/detail/path_constants.hpp>
 #include <ko/filesystem/detail/text_scan.hpp>
 #include <ko/filesystem/posix/iconv_converter.hpp>
 
@@ -51,14 +50,6 @@ std::string posix::detail::to_filesystem_native_impl(std::u16string const& s, ch
 void posix::detail::open_converters() {
     utf8_converter();
     get_thread_local_iconv_converter<1>("UTF-8", "UTF-16LE");
-}
-
-std::string pathname_traits<char16_t>::to_filesystem(std::u16string const& s) {
-    return posix::detail::to_filesystem_native_impl(s, "UTF-8");
-}
-
-std::u16string pathname_traits<char16_t>::from_filesystem(std::string const& s) {
-    return from_utf8(s, malformed::replace_bytes);
 }
 
 namespace detail {

@@ -1,13 +1,13 @@
 #include <ko/filesystem/equivalent.hpp>
 
+#include <cerrno>
 #include <string>
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <boost/system/error_code.hpp>
 
-#include <ko/filesystem/exceptions/path_errors.hpp>
-#include <ko/filesystem/exceptions/throw.hpp>
+#include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/posix/boost_error.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
@@ -21,7 +21,7 @@ bool equivalent_impl(std::u16string const& a, std::u16string const& b) {
     if (a.empty() || b.empty()) return false;
     detail::system_path const a8(a);
     detail::system_path const b8(b);
-    if (a8.empty() && b8.empty()) throw detail::cloneable(PathNotFound({}));
+    if (a8.empty() && b8.empty()) detail::throw_errno_exception(ENOENT, {});
     if (a8.empty() || b8.empty()) return false;
     boost::system::error_code ec;
     bool const same = boost::filesystem::equivalent(a8.c_str(), b8.c_str(), ec);

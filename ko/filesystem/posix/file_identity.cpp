@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include <ko/filesystem/posix/directory_stream.hpp>
-#include <ko/filesystem/posix/handles.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 
 namespace ko::filesystem::detail {
 
@@ -57,7 +57,7 @@ int find_directories_above(std::string const& path8, std::vector<file_identity>&
     above.clear();
     std::string place = leads_to_directory(path8.c_str()) ? path8 : deepest_existing(path8);
     // By "..", since the path of a directory may exceed the system's limit, or no longer exist.
-    for (posix::detail::file_descriptor base(AT_FDCWD);;) {
+    for (file_descriptor base(AT_FDCWD);;) {
         struct stat found;
         if (::fstatat(base.get(), place.c_str(), &found, 0) != 0) break;
         file_identity const here(found);
@@ -67,7 +67,7 @@ int find_directories_above(std::string const& path8, std::vector<file_identity>&
             place += "/..";
             continue;
         }
-        int const next = posix::detail::open_directory(base.get(), place.c_str(), 0);
+        int const next = open_directory(base.get(), place.c_str(), 0);
         if (next == -1) break;
         base.reset(next);
         place = "..";

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include <ko/filesystem/posix/system_call.hpp>
+
 namespace ko::filesystem::detail {
 
 int drop_foreign_rights(struct stat const& source, struct stat const& copy,
@@ -9,7 +11,7 @@ int drop_foreign_rights(struct stat const& source, struct stat const& copy,
     bool const is_foreign = source.st_uid != copy.st_uid || source.st_gid != copy.st_gid;
     if (!is_foreign || (copy.st_mode & set_id_bits) == 0) return 0;
     mode_t const kept = copy.st_mode & 07777 & ~set_id_bits;
-    return ::chmod(copy8, kept) == 0 ? 0 : errno;
+    return errno_of(::chmod(copy8, kept));
 }
 
 int drop_foreign_rights(struct stat const& source, char const* copy8) noexcept {

@@ -10,7 +10,6 @@
 #include <boost/thread/tss.hpp>
 
 #include <ko/filesystem/detail/text_scan.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 
 namespace ko::filesystem::posix::detail {
 
@@ -71,6 +70,18 @@ bool may_be_mistakable(std::string_view s) noexcept {
     auto const above = [](char const* p) -> block::lanes { return block::load(p) >= 0xF4; };
     return s.size() < block::size || block::any(s, 0xFF, above);
 }
+
+/// Returns a converter to its initial state at the end of a conversion, however that ends.
+class converter_reset {
+public:
+    explicit converter_reset(iconv_t converter) noexcept : converter_(converter) {}
+    converter_reset(converter_reset const&) = delete;
+    converter_reset& operator=(converter_reset const&) = delete;
+    ~converter_reset() { ::iconv(converter_, nullptr, nullptr, nullptr, nullptr); }
+
+private:
+    iconv_t converter_;
+};
 
 /// One conversion: the rest of the input, and the work buffer that iconv writes to. iconv gets the
 /// pieces of the input between mistakable units.

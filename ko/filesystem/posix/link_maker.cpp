@@ -6,11 +6,11 @@
 #include <cerrno>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
-#include <ko/filesystem/exceptions/path_errors.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem::detail {
@@ -20,9 +20,9 @@ namespace {
 /// Makes the link by `call`, whose first argument is the target.
 void make_by(int (*call)(char const*, char const*), char const* target8, char const* link8) {
     // Deliberately without the path, unlike for a dangling link, which the call reports.
-    if (exists_by_stat(link8)) throw cloneable(FileExistsError({}));
+    if (exists_by_stat(link8)) throw_errno_exception(EEXIST, {});
     // Some systems make a link with an empty text.
-    int const error = *target8 == '\0' ? ENOENT : call(target8, link8) == 0 ? 0 : errno;
+    int const error = *target8 == '\0' ? ENOENT : errno_of(call(target8, link8));
     // The target comes first in the report, since it is what was to be stored or linked.
     if (error != 0) throw_errno_exception(error, target8, link8);
 }

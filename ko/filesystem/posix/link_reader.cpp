@@ -34,7 +34,7 @@ std::string read_link_bytes(char const* path8) {
     for (;;) {
         buffer.resize(buffer.size() + buffer_step);
         ssize_t const result = ::readlink(path8, buffer.data(), buffer.size());
-        if (result == -1) throw_errno_exception(errno, path8, {});
+        if (result == -1) throw_errno_exception(errno, path8);
         std::size_t const length = checked_length(result);
         if (length == buffer.size()) continue;  // possibly truncated
         buffer.resize(length);

@@ -7,190 +7,186 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/detail/path_constants.hpp>
-#include <ko/filesystem/exceptions/path_errors.hpp>
-#include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/file_status.hpp>
 #include <ko/filesystem/posix/directory_stream.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
-#include <ko/filesystem/posix/handles.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
 
 namespace {
 
+using detail::errno_of;
 using detail::native_text;
 using detail::throw_errno_exception;
-using posix::detail::file_descriptor;
-using posix::detail::uninterrupted;
+
 using traits = pathname_traits<char>;
 
-void remove_by(int (*call)(char const*), char const* path8) {
-    if (call(path8) != 0) throw_errno_exception(errno, path8, {});
+/// Throws the exception for `error`, unless it is 0.
+void report(int error, std::string_view path8) {
+    if (error != 0) throw_errno_exception(error, path8);
 }
 
-void unlink_path(char const* path8) {
-    if (::unlink(path8) == 0) return;
-    // macOS reports EPERM for a directory; callers get the same exception as on Linux.
-    throw_errno_exception(errno == EPERM ? EISDIR : errno, path8, {});
+auto removal_of(struct stat const& found) noexcept {
+    return S_ISDIR(found.st_mode) ? &::rmdir : &::unlink;
 }
 
-/// Whether `path8`, which was examined as `found` unless there is an `error` number, is a directory.
-bool is_directory(struct stat const& found, int error, char const* path8) {
-    // Deliberately without the path, unlike in removals that don't check the type first.
-    if (error == ENOENT) throw detail::cloneable(PathNotFound({}));
-    if (error != 0) throw_errno_exception(error, path8, {});
-    return detail::translated_type(found.st_mode) == file_status::directory_file;
+// The walk of `remove_all`. These return the error number of a failure, or 0. After a failure `path`
+// is the one to be reported, else it is unchanged.
+
+/// Returns `error` for a report that deliberately has no path.
+int without_path(int error, std::string& path) noexcept {
+    if (error != 0) path.clear();
+    return error;
 }
 
-bool is_directory(char const* path8) {
-    struct stat found;
-    int const error = ::lstat(path8, &found) == 0 ? 0 : errno;
-    return is_directory(found, error, path8);
+int close_stream(detail::dir_stream stream, std::string& path) noexcept {
+    return without_path(errno_of(::closedir(stream.release())), path);
 }
 
-/// 0 if `path8` is a directory and not a link, else the error number.
-int directory_verdict(int base, char const* path8) noexcept {
-    int const descriptor = posix::detail::open_directory(base, path8, O_NOFOLLOW);
-    if (descriptor == -1) return errno;
-    ::close(descriptor);  // opening it was the test
-    return 0;
-}
-
-void close_stream(posix::detail::dir_stream stream) {
-    if (::closedir(stream.release()) != 0) throw_errno_exception(errno, {}, {});
-}
-
-/// Removes the emptied directory `dir`, which for calls is its text from `name` on in `base`. What
+/// Removes the emptied directory `path`, which for calls is its text from `name` on in `base`. What
 /// follows if it was not emptied, but there is an error number, `verdict`.
-void remove_emptied(int verdict, int base, std::string const& dir, std::size_t name) {
-    char const* const entry = dir.c_str() + name;
-    int result = 0;
+int remove_emptied(int verdict, int base, std::string const& path, std::size_t name) noexcept {
+    char const* const entry = path.c_str() + name;
     switch (verdict) {
         case 0:
-            result = base == AT_FDCWD ? ::rmdir(entry) : ::unlinkat(base, entry, AT_REMOVEDIR);
-            break;
-        case ENOENT: break;  // already removed by someone else
+            return errno_of(base == AT_FDCWD ? ::rmdir(entry)
+                                             : ::unlinkat(base, entry, AT_REMOVEDIR));
+        case ENOENT: return 0;  // already removed by someone else
         case ENOTDIR:
-        case ELOOP: result = ::unlinkat(base, entry, 0); break;  // a link, by O_NOFOLLOW
-        default: throw_errno_exception(verdict, dir, {});
+        case ELOOP: return errno_of(::unlinkat(base, entry, 0));  // a link, by O_NOFOLLOW
+        default: return verdict;
     }
-    if (result != 0) throw_errno_exception(errno, dir, {});
 }
 
 /// Removes `path`, which is too long for calls, by its text from `name` on in the open directory
-/// `base`, and everything below it in the same way. `path` is unchanged afterwards.
-void remove_in(int base, std::string& path, std::size_t name) {
+/// `base`, and everything below it in the same way.
+int remove_in(int base, std::string& path, std::size_t name) {
     struct stat found;
-    int const error =
-        ::fstatat(base, path.c_str() + name, &found, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
-    if (!is_directory(found, error, path.c_str())) {
-        if (::unlinkat(base, path.c_str() + name, 0) != 0) throw_errno_exception(errno, path, {});
-        return;
-    }
-    auto stream = posix::detail::open_directory_stream(base, path.c_str() + name, O_NOFOLLOW);
+    int error = detail::examine_below(base, path.c_str() + name, found);
+    if (error != 0) return error == ENOENT ? without_path(error, path) : error;
+    if (!S_ISDIR(found.st_mode)) return errno_of(::unlinkat(base, path.c_str() + name, 0));
+    auto stream = detail::open_directory_stream(base, path.c_str() + name, O_NOFOLLOW);
     int verdict = stream == nullptr ? errno : 0;
     if (stream != nullptr) {
         std::size_t const length = path.size();
-        while (::dirent const* const entry = posix::detail::next_entry(stream.get())) {
+        while (::dirent const* const entry = detail::next_entry(stream.get())) {
             (path += traits::PATHNAME_SEPARATOR_CHARACTER) += entry->d_name;
-            remove_in(::dirfd(stream.get()), path, length + 1);
+            error = remove_in(::dirfd(stream.get()), path, length + 1);
+            if (error != 0) return error;
             path.resize(length);
         }
         verdict = errno;
-        close_stream(std::move(stream));
+        error = close_stream(std::move(stream), path);
+        if (error != 0) return error;
     }
-    remove_emptied(verdict, base, path, name);
+    return remove_emptied(verdict, base, path, name);
 }
 
-void remove_tree(int base, std::string& dir);
+int remove_tree(int base, std::string& path);
 
-/// Removes the contents of the directory `dir`. Returns 0 if it was read to its end and was still a
-/// directory and not a link before each removal, else the error number. `dir` doubles as the buffer
-/// for entry paths.
-int remove_entries(int base, std::string& dir) {
-    posix::detail::dir_stream stream(uninterrupted([&] { return ::opendir(dir.c_str()); }));
-    if (stream == nullptr) throw_errno_exception(errno, dir, {});
-    std::size_t const dir_length = dir.size();
-    int verdict = 0;
-    for (;;) {
-        ::dirent const* const entry = posix::detail::next_entry(stream.get());
+/// Removes the entry `path` of the directory that is its text up to `length`, which is opened to see
+/// that it still is a directory and not a link; if it isn't, sets `verdict` to the error number.
+int remove_entry(int base, std::string& path, std::size_t length, int& verdict) {
+    struct stat found;
+    int const error = detail::examine(&::lstat, path.c_str(), found);
+    if (error == ENOENT) return without_path(error, path);
+    if (error != 0 && error != ENAMETOOLONG) return error;
+    path[length] = '\0';  // the directory, in place
+    detail::file_descriptor opened(detail::open_directory(base, path.c_str(), O_NOFOLLOW));
+    if (opened.get() == -1) verdict = errno;
+    path[length] = traits::PATHNAME_SEPARATOR_CHARACTER;
+    if (verdict != 0) return 0;
+    if (error == ENAMETOOLONG) return remove_in(opened.get(), path, length + 1);
+    opened.reset(-1);  // opening it was the test
+    return S_ISDIR(found.st_mode) ? remove_tree(base, path) : errno_of(::unlink(path.c_str()));
+}
+
+/// Removes the contents of the directory `path`. Sets `verdict` to 0 if it was read to its end and
+/// was still a directory and not a link before each removal, else to the error number.
+int remove_entries(int base, std::string& path, int& verdict) {
+    detail::dir_stream stream(detail::uninterrupted([&] { return ::opendir(path.c_str()); }));
+    if (stream == nullptr) return errno;
+    std::size_t const length = path.size();
+    verdict = 0;
+    while (verdict == 0) {
+        ::dirent const* const entry = detail::next_entry(stream.get());
         if (entry == nullptr) {
             verdict = errno;
             break;
         }
-        dir += traits::PATHNAME_SEPARATOR_CHARACTER;
-        dir += entry->d_name;
-        struct stat found;
-        int const error = ::lstat(dir.c_str(), &found) == 0 ? 0 : errno;
-        bool const is_overlong = error == ENAMETOOLONG;
-        bool const descend = !is_overlong && is_directory(found, error, dir.c_str());
-        dir[dir_length] = '\0';  // the directory itself, in place
-        file_descriptor opened(posix::detail::open_directory(base, dir.c_str(), O_NOFOLLOW));
-        verdict = opened.get() == -1 ? errno : 0;
-        dir[dir_length] = traits::PATHNAME_SEPARATOR_CHARACTER;
-        if (verdict != 0) break;
-        if (is_overlong) {
-            remove_in(opened.get(), dir, dir_length + 1);
-        } else {
-            opened.reset(-1);  // opening it was the test
-            if (descend)
-                remove_tree(base, dir);
-            else
-                remove_by(&::unlink, dir.c_str());
-        }
-        dir.resize(dir_length);
+        (path += traits::PATHNAME_SEPARATOR_CHARACTER) += entry->d_name;
+        int const error = remove_entry(base, path, length, verdict);
+        if (error != 0) return error;
+        path.resize(length);
     }
-    dir.resize(dir_length);
-    close_stream(std::move(stream));
-    return verdict;
+    return close_stream(std::move(stream), path);
 }
 
-/// Removes the directory `dir` and its contents. `dir` is unchanged afterwards.
-void remove_tree(int base, std::string& dir) {
-    int verdict = directory_verdict(base, dir.c_str());
-    if (verdict == 0) verdict = remove_entries(base, dir);
-    remove_emptied(verdict, base, dir, 0);
+/// Removes the directory `path` and its contents.
+int remove_tree(int base, std::string& path) {
+    int verdict = detail::directory_error(base, path.c_str());
+    int const error = verdict == 0 ? remove_entries(base, path, verdict) : 0;
+    return error != 0 ? error : remove_emptied(verdict, base, path, 0);
+}
+
+/// What `path8` is, links not followed.
+struct stat examined(char const* path8) {
+    struct stat found;
+    int const error = detail::examine(&::lstat, path8, found);
+    // A missing one deliberately without the path, unlike in removals that don't check the type.
+    report(error, error == ENOENT ? "" : path8);
+    return found;
 }
 
 void remove_impl(std::u16string const& native) {
     if (native.empty()) return;
     detail::system_path const path8(native);
-    remove_by(is_directory(path8.c_str()) ? &::rmdir : &::unlink, path8.c_str());
+    auto const remove = removal_of(examined(path8.c_str()));
+    report(errno_of(remove(path8.c_str())), path8.c_str());
 }
 
 bool remove_if_exists_impl(std::u16string const& native) {
     if (native.empty()) return false;
     detail::system_path const path8(native);
     struct stat found;
-    bool const gone = ::lstat(path8.c_str(), &found) == 0 &&
-                      (S_ISDIR(found.st_mode) ? ::rmdir : ::unlink)(path8.c_str()) == 0;
-    if (!gone && errno != ENOENT) throw_errno_exception(errno, path8.c_str(), {});
-    return gone;
+    int error = detail::examine(&::lstat, path8.c_str(), found);
+    if (error == 0) error = errno_of(removal_of(found)(path8.c_str()));
+    if (error != ENOENT) report(error, path8.c_str());
+    return error == 0;
 }
 
 void remove_file_impl(std::u16string const& native) {
-    if (!native.empty()) unlink_path(detail::system_path(native).c_str());
+    if (native.empty()) return;
+    detail::system_path const path8(native);
+    int const error = errno_of(::unlink(path8.c_str()));
+    // macOS reports EPERM for a directory; callers get the same exception as on Linux.
+    report(error == EPERM ? EISDIR : error, path8.c_str());
 }
 
 void remove_directory_impl(std::u16string const& native) {
-    if (!native.empty()) remove_by(&::rmdir, detail::system_path(native).c_str());
+    if (native.empty()) return;
+    detail::system_path const path8(native);
+    report(errno_of(::rmdir(path8.c_str())), path8.c_str());
 }
 
 void remove_all_impl(std::u16string const& native) {
     if (native.empty()) return;
     std::string path8 = detail::system_path(native).string();
-    if (!is_directory(path8.c_str())) return remove_by(&::unlink, path8.c_str());
-    posix::detail::open_converters();  // before all descriptors are in use
-    remove_tree(AT_FDCWD, path8);
+    bool const is_directory = S_ISDIR(examined(path8.c_str()).st_mode);
+    if (is_directory) posix::detail::open_converters();  // before all descriptors are in use
+    int const error =
+        is_directory ? remove_tree(AT_FDCWD, path8) : errno_of(::unlink(path8.c_str()));
+    report(error, path8);
 }
 
 void remove_impl(std::u16string const& native, unsigned int type) {

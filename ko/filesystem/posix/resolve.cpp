@@ -1,5 +1,7 @@
 #include <ko/filesystem/resolve.hpp>
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <climits>
 #include <cstddef>
@@ -7,11 +9,9 @@
 #include <string>
 
 #include <ko/filesystem/detail/current_directory.hpp>
-#include <ko/filesystem/detail/encoding.hpp>
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/detail/path_algorithms.hpp>
 #include <ko/filesystem/detail/path_composition.hpp>
-#include <ko/filesystem/exceptions/path_errors.hpp>
 #include <ko/filesystem/exceptions/throw.hpp>
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
@@ -47,70 +47,62 @@ std::string current_path8() {
 
 std::u16string real_path(char const* path8) {
     // Deliberately without the path, unlike for failures of realpath.
-    if (!detail::exists_by_stat(path8)) throw detail::cloneable(PathNotFound({}));
+    if (!detail::exists_by_stat(path8)) detail::throw_errno_exception(ENOENT, {});
     char buffer[PATH_MAX];
-    if (::realpath(path8, buffer) == nullptr) detail::throw_errno_exception(errno, path8, {});
+    if (::realpath(path8, buffer) == nullptr) detail::throw_errno_exception(errno, path8);
     return detail::from_filesystem_strict(buffer);
 }
 
+/// `native`, or in `expanded` its form without the tilde that a path object has kept.
+std::u16string const& without_tilde(std::u16string const& native, std::u16string& expanded) {
+    if (!detail::algorithm::begins_with_tilde<char16_t>(native)) return native;
+    return expanded = detail::make_native_form(native, /*expand_tilde=*/true);
+}
+
 std::u16string canonical_impl(std::u16string const& p, std::u16string const& base) {
-    native_text const expanded(p);  // from a tilde that a path object has kept
-    std::u16string const& native = expanded;
+    std::u16string expanded, expanded_base;
+    std::u16string const& native = without_tilde(p, expanded);
     bool const is_absolute = detail::algorithm::is_absolute<char16_t>(native);
     detail::system_path const p8(native);
-    detail::system_path const base8{native_text(is_absolute ? std::u16string() : base)};
+    detail::system_path const base8(is_absolute ? expanded_base
+                                                : without_tilde(base, expanded_base));
     // A text without a UTF-8 form must not become the working directory.
     if (p8.empty() || (base8.empty() && !is_absolute && !base.empty()))
-        throw detail::cloneable(PathNotFound({}));
+        detail::throw_errno_exception(ENOENT, {});
     if (is_absolute) return real_path(p8.c_str());
     return real_path(absolute_text(p8.string(), base8.string(), current_path8).c_str());
 }
 
-/// A position in a walk over the elements of a path.
-struct cursor {
-    explicit cursor(std::u16string const& p)
-        : text(p),
-          root_length(detail::get_root_path_length(p)),
-          element(detail::extract_first_element(p, root_length)) {}
-
-    bool at_end() const noexcept { return position == text.size() && element.empty(); }
-    void move_down() { detail::move_down(text, root_length, position, element); }
-
-    std::u16string const& text;
-    std::size_t root_length;
-    std::size_t position = 0;
-    std::u16string element;
-};
-
-/// Moves `walk` past the leading elements that exist and returns their path.
-std::u16string existing_head(cursor& walk) {
+/// Moves `element` past the leading elements of `p` that exist and returns their path.
+std::u16string existing_head(upath const& p, upath::iterator& element) {
     std::u16string head;
-    head.reserve(walk.text.size());
-    while (!walk.at_end() && !walk.element.empty()) {
-        std::size_t const length = head.size();
+    struct stat found;
+    for (std::size_t length = 0; element != p.end() && !element->empty(); ++element) {
         // Deliberately expands tildes, so that an element like "~name" may leave the path.
-        detail::concatenate_pathname(head, walk.element, /*expand_tilde=*/true);
-        if (!detail::exists_native(head)) {
+        detail::concatenate_pathname(head, element->native(), /*expand_tilde=*/true);
+        if (!detail::exists_native(&::stat, head, found)) {
             head.resize(length);
             break;
         }
-        walk.move_down();
+        length = head.size();
     }
     return head;
 }
 
-std::u16string weakly_canonical_impl(std::u16string const& p) {
-    static_cast<void>(detail::system_path(p));  // refuses U+0000, for which exists is false
-    if (detail::exists_native(p)) return canonical_impl(p, {});
-    cursor walk(p);
-    std::u16string const head = existing_head(walk);
+std::u16string weakly_canonical_impl(std::u16string const& native) {
+    struct stat found;
+    if (detail::exists_natively(&::stat, detail::system_path(native).c_str(), found))
+        return canonical_impl(native, {});
+    upath const p(native, /*expand_tilde=*/false);
+    upath::iterator element = p.begin();
+    std::u16string const head = existing_head(p, element);
     std::u16string result = head.empty() ? head : canonical_impl(head, {});
     if (result.empty() && !head.empty()) return {};  // the tail alone would name another file
     bool has_dots = false;
-    for (; !walk.at_end(); walk.move_down()) {
-        has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(walk.element);
-        if (!walk.element.empty())
-            detail::concatenate_pathname(result, walk.element, /*expand_tilde=*/true);
+    for (; element != p.end(); ++element) {
+        has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(element->native());
+        if (!element->empty())
+            detail::concatenate_pathname(result, element->native(), /*expand_tilde=*/true);
     }
     if (!has_dots) return result;
     return detail::make_native_form(detail::lexically_normal(result), /*expand_tilde=*/true);

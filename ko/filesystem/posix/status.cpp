@@ -3,11 +3,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <optional>
+#include <cstdint>
 #include <string>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
-#include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
@@ -19,41 +18,50 @@ namespace {
 using detail::native_text;
 
 template <class Path>
-[[gnu::noinline]] std::optional<int> try_status(Path const& p, detail::stat_function stat_or_lstat,
-                                                file_status& result) try {
+[[gnu::noinline]] int examine(Path const& p, detail::stat_function call, struct stat& found) {
     native_text const native(p);
-    if (native.empty()) return std::nullopt;
-    return detail::try_status(stat_or_lstat, detail::system_path(native).c_str(), result);
-} catch (InvalidArgument const&) {
-    return EINVAL;  // U+0000, as if reported by the system
+    if (native.empty()) return ENOENT;
+    int error = 0;
+    detail::system_path const path8(native, error);
+    return error != 0 ? error : detail::examine(call, path8.c_str(), found);
 }
 
 template <class Path>
-file_status status_impl(Path const& p, detail::stat_function stat_or_lstat) {
-    file_status result;
-    auto const error = try_status(p, stat_or_lstat, result);
-    // At this point there is nothing to destroy: unwinding would cost more than the report.
-    if (error && *error != EINVAL) detail::throw_errno_exception(*error, {}, {});
-    return result;
-}
-
-template <class Path>
-bool has_type(Path const& p, detail::stat_function stat_or_lstat, mode_t type) try {
-    native_text const native(p);
-    if (native.empty()) return false;
-    detail::system_path const path8(native);
+file_status status_impl(Path const& p, detail::stat_function call) {
     struct stat found;
-    if (stat_or_lstat(path8.c_str(), &found) == 0) return (found.st_mode & S_IFMT) == type;
-    if (detail::means_absent(errno)) return false;
-    detail::throw_errno_exception(errno, path8.c_str(), {});
-} catch (InvalidArgument const&) {
-    return false;  // U+0000 or EINVAL, as for `exists`
+    int const error = examine(p, call, found);
+    // At this point there is nothing to destroy: unwinding would cost more than the report.
+    return detail::examined_status(error, found, /*other_absent=*/EINVAL, /*reported=*/{});
+}
+
+template <class Path>
+bool exists_impl(Path const& p) {
+    struct stat found;
+    return detail::exists_native(&::stat, native_text(p), found);
+}
+
+template <class Path>
+bool has_type(Path const& p, detail::stat_function call, mode_t type) {
+    struct stat found;
+    return detail::exists_native(call, native_text(p), found) && (found.st_mode & S_IFMT) == type;
+}
+
+file_status_light status_light_by_stat(char const* path8) {
+    struct stat found;
+    int const error = detail::examine(&::stat, path8, found);
+    if (error == ENOENT || error == EINVAL) return {};
+    if (error != 0) detail::throw_errno_exception(error, path8);
+    file_status_light result;
+    result.type = found.st_mode & file_status::file_type_mask;
+    result.last_write_time = detail::to_ptime(detail::write_time(found));
+    result.size = static_cast<std::uint64_t>(found.st_size);
+    return result;
 }
 
 }  // namespace
 
-bool exists(upath const& p) { return detail::exists_native(native_text(p)); }
-bool exists(std::u16string const& p) { return detail::exists_native(native_text(p)); }
+bool exists(upath const& p) { return exists_impl(p); }
+bool exists(std::u16string const& p) { return exists_impl(p); }
 
 bool is_directory(upath const& p) { return has_type(p, &::stat, S_IFDIR); }
 bool is_directory(std::u16string const& p) { return has_type(p, &::stat, S_IFDIR); }
@@ -72,11 +80,9 @@ file_status symlink_status(std::u16string const& p) { return status_impl(p, &::l
 
 file_status_light status_express_light(std::u16string const& p) {
     if (p.empty()) return {};
-    try {
-        return detail::status_light_by_stat(detail::system_path(p).c_str());
-    } catch (InvalidArgument const&) {
-        return {};  // U+0000: like EINVAL from the system, which means absent here
-    }
+    int error = 0;
+    detail::system_path const path8(p, error);
+    return error != 0 ? file_status_light() : status_light_by_stat(path8.c_str());
 }
 
 }  // namespace ko::filesystem

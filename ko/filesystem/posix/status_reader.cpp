@@ -5,13 +5,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <limits>
-#include <optional>
 
-#include <boost/bind/bind.hpp>
 #include <boost/date_time/posix_time/ptime.hpp>
+#include <boost/function.hpp>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
-#include <ko/filesystem/exceptions.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem::detail {
@@ -61,36 +59,46 @@ std::uint32_t translated_type(mode_t mode) noexcept {
     }
 }
 
+namespace {
+
+/// The error number of a call that has returned `result`, or 0.
+int error_of(int result) noexcept {
+    if (result == 0) return 0;
+    return errno != 0 ? errno : EIO;  // 0 would be success
+}
+
+}  // namespace
+
+int examine(stat_function call, char const* path8, struct stat& found) noexcept {
+    errno = 0;
+    return error_of(call(path8, &found));
+}
+
+int examine_below(int base, char const* name8, struct stat& found) noexcept {
+    return error_of(::fstatat(base, name8, &found, AT_SYMLINK_NOFOLLOW));
+}
+
 bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }
 
 bool exists_by_stat(char const* path8) {
     struct stat found;
-    if (::stat(path8, &found) == 0) return true;
-    if (means_absent(errno)) return false;
-    throw_errno_exception(errno, path8, {});
+    int const error = examine(&::stat, path8, found);
+    if (error != 0 && !means_absent(error)) throw_errno_exception(error, path8);
+    return error == 0;
 }
 
-bool exists_natively(char const* path8, struct stat& found) {
-    if (::stat(path8, &found) == 0) return true;
-    int const error = errno;
+bool exists_natively(stat_function call, char const* path8, struct stat& found) {
+    int const error = examine(call, path8, found);
+    if (error == 0) return true;
     if (means_absent(error) || error == EINVAL) return false;
-    throw_errno_exception(error, path8, {});
+    throw_errno_exception(error, path8);
 }
 
-bool exists_natively(char const* path8) {
-    struct stat found;
-    return exists_natively(path8, found);
-}
-
-bool exists_native(std::u16string const& native) {
+bool exists_native(stat_function call, std::u16string const& native, struct stat& found) {
     if (native.empty()) return false;
-    try {
-        return exists_by_stat(system_path(native).c_str());
-    } catch (PathNotFound const&) {
-        return false;
-    } catch (InvalidArgument const&) {
-        return false;
-    }
+    int error = 0;
+    system_path const path8(native, error);
+    return error == 0 && exists_natively(call, path8.c_str(), found);
 }
 
 file_status to_file_status(struct stat const& found) {
@@ -104,63 +112,19 @@ file_status to_file_status(struct stat const& found) {
     return result;
 }
 
-bool examine(stat_function stat_or_lstat, char const* path8, struct stat& found) {
-    errno = 0;
-    if (stat_or_lstat(path8, &found) == 0) return true;
-    if (errno == ENOENT) return false;
-    throw_errno_exception(errno, {}, {});
+file_status examined_status(int error, struct stat const& found, int other_absent,
+                            std::string_view reported) {
+    if (error == 0) return to_file_status(found);
+    if (error == ENOENT || error == other_absent) return {};
+    throw_errno_exception(error, reported);
 }
-
-namespace {
-
-/// Reads the status from `stat_call` into `result`. Returns the error number of a failure to
-/// report.
-template <class StatCall>
-std::optional<int> read_by(StatCall const& stat_call, file_status& result) {
-    struct stat found;
-    errno = 0;
-    if (stat_call(&found) != 0) {
-        int const error = errno;
-        return error == ENOENT ? std::nullopt : std::optional<int>(error);
-    }
-    result = to_file_status(found);
-    return std::nullopt;
-}
-
-}  // namespace
 
 file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call) {
-    file_status result;
-    if (auto const error = read_by(stat_call, result)) throw_errno_exception(*error, {}, {});
-    return result;
-}
-
-file_status read_status(stat_function stat_or_lstat, char const* path8) {
-    return status_from_stat(boost::bind(stat_or_lstat, path8, boost::placeholders::_1));
-}
-
-std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result) {
-    return read_by([=](struct stat* found) { return stat_or_lstat(path8, found); }, result);
-}
-
-std::optional<int> try_status_below(int base, char const* name8, file_status& result) {
-    auto const stat_call = [=](struct stat* found) {
-        return ::fstatat(base, name8, found, AT_SYMLINK_NOFOLLOW);
-    };
-    return read_by(stat_call, result);
-}
-
-file_status_light status_light_by_stat(char const* path8) {
     struct stat found;
-    if (::stat(path8, &found) != 0) {
-        if (errno == ENOENT || errno == EINVAL) return {};
-        throw_errno_exception(errno, path8, {});
-    }
-    file_status_light result;
-    result.type = found.st_mode & file_status::file_type_mask;
-    result.last_write_time = to_ptime(write_time(found));
-    result.size = static_cast<std::uint64_t>(found.st_size);
-    return result;
+    errno = 0;
+    if (stat_call(&found) == 0) return to_file_status(found);
+    if (errno == ENOENT) return {};
+    throw_errno_exception(errno, {});
 }
 
 }  // namespace ko::filesystem::detail

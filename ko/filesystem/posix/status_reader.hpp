@@ -5,15 +5,23 @@
 
 #include <cstdint>
 #include <ctime>
-#include <optional>
 #include <string>
+#include <string_view>
 
 #include <boost/date_time/posix_time/ptime.hpp>
-#include <boost/function.hpp>
+#include <boost/function/function_fwd.hpp>
 
 #include <ko/filesystem/file_status.hpp>
 
 namespace ko::filesystem::detail {
+
+using stat_function = int (*)(char const*, struct stat*);
+
+/// Fills `found` by `call`, stat or lstat, on `path8`. Returns the error number of a failure, or 0.
+int examine(stat_function call, char const* path8, struct stat& found) noexcept;
+
+/// The same by lstat on the name `name8` in the open directory `base`.
+int examine_below(int base, char const* name8, struct stat& found) noexcept;
 
 /// Whether `error`, reported by stat, means that the path does not exist.
 bool means_absent(int error) noexcept;
@@ -22,14 +30,12 @@ bool means_absent(int error) noexcept;
 /// Throws the class of every other error number; path(): `path8`
 bool exists_by_stat(char const* path8);
 
-/// The same by the rules of `exists`, which count EINVAL as absent as well.
-bool exists_natively(char const* path8);
-/// The same, with the status of what exists in `found`.
-bool exists_natively(char const* path8, struct stat& found);
+/// The same by the rules of `exists`, which count EINVAL as absent as well, with the status of what
+/// exists in `found`.
+bool exists_natively(stat_function call, char const* path8, struct stat& found);
 
-/// `exists` for text in native form; false if it is empty.
-/// Throws like `exists`.
-bool exists_native(std::u16string const& native);
+/// The same for text in native form; false if it is empty or contains U+0000.
+bool exists_native(stat_function call, std::u16string const& native, struct stat& found);
 
 // The times of `found`, whose members have other names on macOS.
 timespec const& access_time(struct stat const& found) noexcept;
@@ -54,29 +60,14 @@ std::uint32_t translated_type(mode_t mode) noexcept;
 /// `found` in the form of `file_status`.
 file_status to_file_status(struct stat const& found);
 
-/// Fills `found` by a call of stat or lstat on `path8`. Returns false for ENOENT.
-/// Throws the class of every other error number; path(): empty
-bool examine(int (*stat_or_lstat)(char const*, struct stat*), char const* path8,
-             struct stat& found);
+/// The status by `examine`, which has returned `error` and `found`; the not-found value for ENOENT and
+/// for `other_absent`.
+/// Throws the class of every other error number; path(): `reported`
+file_status examined_status(int error, struct stat const& found, int other_absent,
+                            std::string_view reported);
 
 /// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
 file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call);
-
-using stat_function = int (*)(char const*, struct stat*);
-
-/// The same for a call of `stat_or_lstat` on `path8`.
-file_status read_status(stat_function stat_or_lstat, char const* path8);
-
-/// The same in `result`, which must be default-constructed; returns the error number instead of
-/// throwing.
-std::optional<int> try_status(stat_function stat_or_lstat, char const* path8, file_status& result);
-
-/// The same from lstat for the name `name8` in the open directory `base`.
-std::optional<int> try_status_below(int base, char const* name8, file_status& result);
-
-/// The status of `path8` from stat; the not-found value for ENOENT and EINVAL.
-/// Throws the class of every other error number; path(): `path8`
-file_status_light status_light_by_stat(char const* path8);
 
 }  // namespace ko::filesystem::detail

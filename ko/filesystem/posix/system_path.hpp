@@ -17,6 +17,9 @@ class system_path {
 public:
     /// Throws like `reject_zero`.
     explicit system_path(std::u16string const& native);
+    /// Sets `error` to EINVAL instead of throwing, and is empty then; else to 0. For queries: a text
+    /// that can't be a path names nothing.
+    system_path(std::u16string const& native, int& error);
     system_path(system_path const&) = delete;
     system_path& operator=(system_path const&) = delete;
 
@@ -25,6 +28,8 @@ public:
     bool empty() const noexcept { return *text_ == '\0'; }
 
 private:
+    void convert(std::u16string const& native);
+
     // For text that needs no conversion: an allocation would cost more than the rest of the work.
     char short_[posix::detail::fast_path_limit + 1];
     std::string converted_;

@@ -1,16 +1,16 @@
 // Internal: not installed.
 #pragma once
 
-#include <dirent.h>
-#include <iconv.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <type_traits>
 
-namespace ko::filesystem::posix::detail {
+namespace ko::filesystem::detail {
+
+/// The error number of a system call that has just returned `result`; 0 if that is 0, and for a
+/// failure that leaves errno at 0.
+inline int errno_of(int result) noexcept { return result == 0 ? 0 : errno; }
 
 /// Repeats `call` while it is interrupted by a signal. `call` returns -1 or null on failure.
 template <class Call>
@@ -44,27 +44,4 @@ private:
     int value_;
 };
 
-struct close_dir {
-    void operator()(DIR* stream) const noexcept { ::closedir(stream); }
-};
-using dir_stream = std::unique_ptr<DIR, close_dir>;
-
-struct free_text {
-    void operator()(char* text) const noexcept { std::free(text); }
-};
-/// A text allocated by the C library.
-using malloc_text = std::unique_ptr<char, free_text>;
-
-/// Returns a converter to its initial state at the end of a conversion, however that ends.
-class converter_reset {
-public:
-    explicit converter_reset(iconv_t converter) noexcept : converter_(converter) {}
-    converter_reset(converter_reset const&) = delete;
-    converter_reset& operator=(converter_reset const&) = delete;
-    ~converter_reset() { ::iconv(converter_, nullptr, nullptr, nullptr, nullptr); }
-
-private:
-    iconv_t converter_;
-};
-
-}  // namespace ko::filesystem::posix::detail
+}  // namespace ko::filesystem::detail
