@@ -37,7 +37,7 @@ LAYERS = [
         "detail/current_directory detail/error_mapping posix/directory_stream posix/directory_maker posix/file_identity "
         "posix/foreign_rights posix/durability",
         "posix/native_text posix/system_path",
-        "posix/device_move posix/link_maker posix/link_reader posix/status_reader",
+        "posix/device_move posix/status_reader", "posix/links",
         "access status", "posix/boost_error posix/fault_path",
         "attributes copy create current_path directory equivalent other_platforms read_symlink remove rename "
         "resolve space time", "options"]),

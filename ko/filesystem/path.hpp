@@ -14,10 +14,10 @@ namespace ko::filesystem {
 
 namespace detail {
 /// `type` is std::filesystem::path in its specialisation in ko/filesystem/std_path.hpp.
-template <class Native>
+template <class System>
 struct std_path {
-    static_assert(sizeof(Native) == 0, "to_std and from_std need <ko/filesystem/std_path.hpp>");
-    using type = Native;
+    static_assert(sizeof(System) == 0, "to_std and from_std need <ko/filesystem/std_path.hpp>");
+    using type = System;
 };
 }  // namespace detail
 
@@ -32,7 +32,7 @@ struct std_path {
 ///
 /// Unlike with std::filesystem::path, joining an absolute path throws instead of replacing, an
 /// extension has no dot, and two paths are equal if their texts are.
-template <class Native, class Internal, class Traits>
+template <class System, class Internal, class Traits>
 class basic_path {
     /// A text, but nothing that converts to a path implicitly.
     template <class Text>
@@ -47,7 +47,7 @@ class basic_path {
 
 public:
     using string_type = std::basic_string<Internal>;
-    using native_string_type = std::basic_string<Native>;
+    using native_string_type = std::basic_string<System>;
     class const_iterator;
     using iterator = const_iterator;
 
@@ -66,24 +66,24 @@ public:
         return basic_path(Traits::from_native(text), expand_tilde);
     }
     template <class Text>
-    static std::enable_if_t<std::is_convertible_v<Text const&, std::basic_string_view<Native>> &&
+    static std::enable_if_t<std::is_convertible_v<Text const&, std::basic_string_view<System>> &&
                                 !std::is_convertible_v<Text const&, native_string_type const&>,
                             basic_path>
     from_utf8(Text const& text, bool expand_tilde = true) {
-        return from_utf8(native_string_type(std::basic_string_view<Native>(text)), expand_tilde);
+        return from_utf8(native_string_type(std::basic_string_view<System>(text)), expand_tilde);
     }
 
     /// The path of the file that `p` names: a tilde in it is not expanded. `expand_tilde` applies
     /// to text that is joined later. Needs ko/filesystem/std_path.hpp.
     /// Throws like `from_utf8`.
-    template <class Char = Native>
+    template <class Char = System>
     static basic_path from_std(typename detail::std_path<Char>::type const& p,
                                bool expand_tilde = false) {
         return basic_path(Traits::from_native(p.native()), false).with_expand_tilde(expand_tilde);
     }
     /// The same path as a std::filesystem::path, with the text of `string()`. Needs
     /// ko/filesystem/std_path.hpp.
-    template <class Char = Native>
+    template <class Char = System>
     [[nodiscard]] typename detail::std_path<Char>::type to_std() const {
         return string();
     }
@@ -111,7 +111,7 @@ public:
 
     /// Doesn't compile, and says what to use: the text is UTF-16, so there is no UTF-8 to point to.
     /// libstdc++'s file streams accept as a path anything with this function and the next.
-    template <class Char = Native>
+    template <class Char = System>
     Char const* c_str() const {
         static_assert(sizeof(Char) == 0, "write p.string(), which is UTF-8: a upath is UTF-16");
         return nullptr;
@@ -275,8 +275,8 @@ private:
 };
 
 /// Iterates over the elements of a path. The elements are paths that may outlive it.
-template <class Native, class Internal, class Traits>
-class basic_path<Native, Internal, Traits>::const_iterator {
+template <class System, class Internal, class Traits>
+class basic_path<System, Internal, Traits>::const_iterator {
 public:
     using iterator_category = std::bidirectional_iterator_tag;
     using value_type = basic_path;

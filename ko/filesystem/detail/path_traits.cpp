@@ -76,10 +76,10 @@ std::u16string units::lexically_relative(std::u16string const& p, std::u16string
 
 std::string mixed::to_native(std::u16string const& text) { return to_filesystem(text); }
 
-std::u16string mixed::from_native(std::string const& native) {
-    std::u16string text = from_filesystem_strict(native);
-    if (text.empty() && !native.empty())
-        throw cloneable(InvalidArgument("Invalid UTF-8", from_filesystem(native), {}));
+std::u16string mixed::from_native(std::string const& path8) {
+    std::u16string text = from_filesystem_strict(path8);
+    if (text.empty() && !path8.empty())
+        throw cloneable(InvalidArgument("Invalid UTF-8", from_filesystem(path8), {}));
     return text;
 }
 

@@ -12,9 +12,9 @@
 
 namespace ko::filesystem::detail {
 
-/// The text algorithms of a path class: `Native` is the character type of the file system's text,
+/// The text algorithms of a path class: `System` is the character type of the file system's text,
 /// `Internal` that of the stored text. Every member does the same as the free function of its name.
-template <class Native, class Internal>
+template <class System, class Internal>
 struct path_traits;
 
 /// On bytes, for UTF-8 text.
@@ -58,10 +58,10 @@ template <>
 struct KO_FILESYSTEM_API path_traits<char, char16_t> : path_traits<char16_t, char16_t> {
     /// The same as `detail::to_filesystem`.
     static std::string to_native(std::u16string const& text);
-    /// The UTF-16 text of `native`.
-    /// Throws InvalidArgument "Invalid UTF-8" if it has none; path(): `native` with U+FFFD for each
+    /// The UTF-16 text of `path8`.
+    /// Throws InvalidArgument "Invalid UTF-8" if it has none; path(): `path8` with U+FFFD for each
     /// bad byte.
-    static std::u16string from_native(std::string const& native);
+    static std::u16string from_native(std::string const& path8);
 };
 
 }  // namespace ko::filesystem::detail

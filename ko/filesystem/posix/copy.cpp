@@ -1,6 +1,7 @@
 #include <ko/filesystem/copy.hpp>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -30,8 +31,7 @@
 #include <ko/filesystem/posix/encoding.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
 #include <ko/filesystem/posix/foreign_rights.hpp>
-#include <ko/filesystem/posix/link_maker.hpp>
-#include <ko/filesystem/posix/link_reader.hpp>
+#include <ko/filesystem/posix/links.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
@@ -72,11 +72,10 @@ struct place {
 };
 
 /// Whether something is at `to`, whose tilde is deliberately expanded.
-bool exists_at(place to) {
+bool target_exists(place to) {
     struct stat found;
-    return algorithm::begins_with_tilde<char16_t>(to.text)
-               ? exists(to.text)
-               : exists_natively(&::stat, to.path8, found);
+    return algorithm::begins_with_tilde<char16_t>(to.text) ? exists(to.text)
+                                                           : exists_at(&::stat, to.path8, found);
 }
 
 // Files
@@ -113,8 +112,11 @@ public:
             source = {};  // Boost reports why
         int error = refusal(source, to.path8, overwrite);
         if (error == 0) error = copy_by_boost(from.path8, to.path8, overwrite);
-        if (error == 0 && (source.st_mode & set_id_bits) != 0)
-            error = drop_foreign_rights(source, to.path8);
+        if (error == 0 && (source.st_mode & set_id_bits) != 0) {
+            struct stat copy;
+            error = examine(&::stat, to.path8, copy);
+            if (error == 0) error = drop_foreign_rights(source, copy, to.path8);
+        }
         if (error != 0) throw_copy_error_code_exception(error, from.text, to.text);
     }
 
@@ -194,7 +196,7 @@ void copy_symlink_impl(std::u16string const& from, std::u16string const& to) {
         throw_errno_exception(error, {});  // deliberately without the path, as in `copy`
     if (!S_ISLNK(found.st_mode)) throw_invalid_argument("Non-symbolic link file is not permitted");
     std::string const target8 = link_target(from8.c_str());
-    make_link_at(target8.c_str(), system_path(to).c_str());
+    make_link_by(&::symlink, target8.c_str(), system_path(to).c_str());
 }
 
 // Directories
@@ -325,7 +327,7 @@ void tree_copy::copy_found(struct stat const& found, place from, place to) {
     else if (S_ISDIR(found.st_mode))
         copy_directory_contents(from, file_identity(found), to, from.path8);
     else if (has(copy_option::copy_symlinks))
-        make_link_at(link_target(from.path8).c_str(), to.path8);
+        make_link_by(&::symlink, link_target(from.path8).c_str(), to.path8);
     else
         copy_followed(from, to);
 }
@@ -338,7 +340,7 @@ void tree_copy::copy_any(place from, place to) {
 void tree_copy::copy_file(struct stat const& found, place from, place to) {
     copy_option options = options_;
     if (has(copy_option::skip_existing)) {
-        if (exists_at(to)) return;
+        if (target_exists(to)) return;
         options = copy_option::none;
     }
     copy_file_by(copier_, from, to, options, &found);
@@ -377,7 +379,7 @@ void tree_copy::copy_directory_contents(place from, std::optional<file_identity>
         throw_errno_exception(ELOOP, found8);
 
     struct stat existing;
-    bool const to_exists = exists_natively(&::stat, listed.target8.c_str(), existing);
+    bool const to_exists = exists_at(&::stat, listed.target8.c_str(), existing);
     if (to_exists && !has(existence_options)) throw cloneable(FileExistsError(to.text));
 
     if (is_outermost) look_above(listed.target8);

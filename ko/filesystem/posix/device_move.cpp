@@ -259,7 +259,7 @@ void transfer_write_time(fs::path const& from, fs::path const& to) {
     constexpr time_t coarsest = 2;  // seconds, of FAT
     struct stat source;
     struct stat target;
-    int error = ::stat(from.c_str(), &source) == 0 ? 0 : errno;
+    int error = examine(&::stat, from.c_str(), source);
     if (error == 0) {
         timespec const times[] = {{0, UTIME_OMIT}, write_time(source)};
         bool const is_set =

@@ -14,10 +14,4 @@ int drop_foreign_rights(struct stat const& source, struct stat const& copy,
     return errno_of(::chmod(copy8, kept));
 }
 
-int drop_foreign_rights(struct stat const& source, char const* copy8) noexcept {
-    struct stat copy;
-    if (::stat(copy8, &copy) != 0) return errno;
-    return drop_foreign_rights(source, copy, copy8);
-}
-
 }  // namespace ko::filesystem::detail

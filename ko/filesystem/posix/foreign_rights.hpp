@@ -12,7 +12,5 @@ inline constexpr mode_t set_id_bits = S_ISUID | S_ISGID;
 /// the user who copied it. Returns the error number of a failure, or 0.
 int drop_foreign_rights(struct stat const& source, struct stat const& copy,
                         char const* copy8) noexcept;
-/// The same, examining the copy, links followed.
-int drop_foreign_rights(struct stat const& source, char const* copy8) noexcept;
 
 }  // namespace ko::filesystem::detail

@@ -71,16 +71,10 @@ bool may_be_mistakable(std::string_view s) noexcept {
     return s.size() < block::size || block::any(s, 0xFF, above);
 }
 
-/// Returns a converter to its initial state at the end of a conversion, however that ends.
-class converter_reset {
-public:
-    explicit converter_reset(iconv_t converter) noexcept : converter_(converter) {}
-    converter_reset(converter_reset const&) = delete;
-    converter_reset& operator=(converter_reset const&) = delete;
-    ~converter_reset() { ::iconv(converter_, nullptr, nullptr, nullptr, nullptr); }
-
-private:
-    iconv_t converter_;
+struct reset_converter {
+    void operator()(iconv_t converter) const noexcept {
+        ::iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    }
 };
 
 /// One conversion: the rest of the input, and the work buffer that iconv writes to. iconv gets the
@@ -177,7 +171,8 @@ private:
     char* output_ = begin();
     std::size_t output_left_ = work_buffer_bytes;
     char* round_ = output_;
-    converter_reset reset_;
+    /// Returns the converter to its initial state, however the conversion ends.
+    std::unique_ptr<std::remove_pointer_t<iconv_t>, reset_converter> reset_;
 };
 
 /// The loop of both directions. `tolerated` selects the error numbers of malformed input, and

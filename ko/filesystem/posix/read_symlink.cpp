@@ -1,6 +1,6 @@
 #include <ko/filesystem/read_symlink.hpp>
 
-#include <ko/filesystem/posix/link_reader.hpp>
+#include <ko/filesystem/posix/links.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 

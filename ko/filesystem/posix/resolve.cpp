@@ -80,7 +80,7 @@ std::u16string existing_head(upath const& p, upath::iterator& element) {
     for (std::size_t length = 0; element != p.end() && !element->empty(); ++element) {
         // Deliberately expands tildes, so that an element like "~name" may leave the path.
         detail::concatenate_pathname(head, element->native(), /*expand_tilde=*/true);
-        if (!detail::exists_native(&::stat, head, found)) {
+        if (!detail::exists_at(&::stat, head, found)) {
             head.resize(length);
             break;
         }
@@ -91,7 +91,7 @@ std::u16string existing_head(upath const& p, upath::iterator& element) {
 
 std::u16string weakly_canonical_impl(std::u16string const& native) {
     struct stat found;
-    if (detail::exists_natively(&::stat, detail::system_path(native).c_str(), found))
+    if (detail::exists_at(&::stat, detail::system_path(native).c_str(), found))
         return canonical_impl(native, {});
     upath const p(native, /*expand_tilde=*/false);
     upath::iterator element = p.begin();

@@ -37,13 +37,13 @@ file_status status_impl(Path const& p, detail::stat_function call) {
 template <class Path>
 bool exists_impl(Path const& p) {
     struct stat found;
-    return detail::exists_native(&::stat, native_text(p), found);
+    return detail::exists_at(&::stat, native_text(p), found);
 }
 
 template <class Path>
 bool has_type(Path const& p, detail::stat_function call, mode_t type) {
     struct stat found;
-    return detail::exists_native(call, native_text(p), found) && (found.st_mode & S_IFMT) == type;
+    return detail::exists_at(call, native_text(p), found) && (found.st_mode & S_IFMT) == type;
 }
 
 file_status_light status_light_by_stat(char const* path8) {

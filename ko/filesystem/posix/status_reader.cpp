@@ -87,18 +87,18 @@ bool exists_by_stat(char const* path8) {
     return error == 0;
 }
 
-bool exists_natively(stat_function call, char const* path8, struct stat& found) {
+bool exists_at(stat_function call, char const* path8, struct stat& found) {
     int const error = examine(call, path8, found);
     if (error == 0) return true;
     if (means_absent(error) || error == EINVAL) return false;
     throw_errno_exception(error, path8);
 }
 
-bool exists_native(stat_function call, std::u16string const& native, struct stat& found) {
+bool exists_at(stat_function call, std::u16string const& native, struct stat& found) {
     if (native.empty()) return false;
     int error = 0;
     system_path const path8(native, error);
-    return error == 0 && exists_natively(call, path8.c_str(), found);
+    return error == 0 && exists_at(call, path8.c_str(), found);
 }
 
 file_status to_file_status(struct stat const& found) {

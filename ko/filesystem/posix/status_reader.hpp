@@ -32,10 +32,10 @@ bool exists_by_stat(char const* path8);
 
 /// The same by the rules of `exists`, which count EINVAL as absent as well, with the status of what
 /// exists in `found`.
-bool exists_natively(stat_function call, char const* path8, struct stat& found);
+bool exists_at(stat_function call, char const* path8, struct stat& found);
 
 /// The same for text in native form; false if it is empty or contains U+0000.
-bool exists_native(stat_function call, std::u16string const& native, struct stat& found);
+bool exists_at(stat_function call, std::u16string const& native, struct stat& found);
 
 // The times of `found`, whose members have other names on macOS.
 timespec const& access_time(struct stat const& found) noexcept;
