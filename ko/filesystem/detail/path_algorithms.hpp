@@ -63,6 +63,14 @@ view<CharT> filename(view<CharT> p) noexcept {
     return separator == p.npos || is_root(p) ? p : p.substr(separator + 1);
 }
 
+/// The last dot of the last element; `npos` if it has none.
+template <class CharT>
+std::size_t last_dot(view<CharT> p) noexcept {
+    for (std::size_t i = p.size(); i-- != 0 && !is_separator(p[i]);)
+        if (p[i] == pathname_traits<CharT>::DOT_CHARACTER) return i;
+    return p.npos;
+}
+
 template <class CharT>
 struct name_parts {
     view<CharT> stem;
@@ -72,7 +80,7 @@ struct name_parts {
 /// Splits a name at its last dot, which belongs to neither part.
 template <class CharT>
 name_parts<CharT> split_name(view<CharT> name) noexcept {
-    std::size_t const dot = name.rfind(pathname_traits<CharT>::DOT_CHARACTER);
+    std::size_t const dot = last_dot(name);
     if (dot == name.npos || is_dot_name(name)) return {name, {}};
     return {name.substr(0, dot), name.substr(dot + 1)};
 }

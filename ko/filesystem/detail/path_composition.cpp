@@ -47,9 +47,9 @@ std::u16string& replace_extension(std::u16string& p, std::u16string const& ext) 
     if (algorithm::is_dot_name(name)) return p;
     if (!is_valid_extension(ext)) throw_invalid_argument("Invalid extension");
 
-    std::size_t const old_length = algorithm::split_name(name).extension.size();
-    bool const has_extension = old_length != 0;
-    std::size_t const kept = has_extension ? p.size() - old_length - 1 : p.size();
+    std::size_t const dot = algorithm::last_dot<char16_t>(p);
+    bool const has_extension = dot != p.npos && dot + 1 != p.size();
+    std::size_t const kept = has_extension ? dot : p.size();
     bool const brings_dot = ext.front() == traits::DOT_CHARACTER;
 
     p.reserve(kept + 1 + ext.size());  // nothing below can fail

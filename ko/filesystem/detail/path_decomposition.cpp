@@ -43,7 +43,8 @@ std::u16string extract_stem(std::u16string const& p) {
 }
 
 std::u16string extract_extension(std::u16string const& p) {
-    return std::u16string(algorithm::split_name(algorithm::filename<char16_t>(p)).extension);
+    std::size_t const dot = algorithm::last_dot<char16_t>(p);
+    return dot == p.npos ? std::u16string() : p.substr(dot + 1);
 }
 
 pathname_elements extract_pathname_elements(std::u16string const& p) {

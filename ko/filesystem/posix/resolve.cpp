@@ -76,15 +76,18 @@ std::u16string canonical_impl(std::u16string const& p, std::u16string const& bas
 /// Moves `element` past the leading elements of `p` that exist and returns their path.
 std::u16string existing_head(upath const& p, upath::iterator& element) {
     std::u16string head;
+    head.reserve(p.native().size());
     struct stat found;
-    for (std::size_t length = 0; element != p.end() && !element->empty(); ++element) {
+    for (; element != p.end(); ++element) {
+        upath const name = *element;
+        if (name.empty()) break;
+        std::size_t const length = head.size();
         // Deliberately expands tildes, so that an element like "~name" may leave the path.
-        detail::concatenate_pathname(head, element->native(), /*expand_tilde=*/true);
+        detail::concatenate_pathname(head, name.native(), /*expand_tilde=*/true);
         if (!detail::exists_at(&::stat, head, found)) {
             head.resize(length);
             break;
         }
-        length = head.size();
     }
     return head;
 }
@@ -100,9 +103,10 @@ std::u16string weakly_canonical_impl(std::u16string const& native) {
     if (result.empty() && !head.empty()) return {};  // the tail alone would name another file
     bool has_dots = false;
     for (; element != p.end(); ++element) {
-        has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(element->native());
-        if (!element->empty())
-            detail::concatenate_pathname(result, element->native(), /*expand_tilde=*/true);
+        upath const name = *element;
+        has_dots = has_dots || detail::algorithm::is_dot_name<char16_t>(name.native());
+        if (!name.empty())
+            detail::concatenate_pathname(result, name.native(), /*expand_tilde=*/true);
     }
     if (!has_dots) return result;
     return detail::make_native_form(detail::lexically_normal(result), /*expand_tilde=*/true);

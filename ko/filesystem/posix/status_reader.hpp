@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -11,6 +12,7 @@
 #include <boost/date_time/posix_time/ptime.hpp>
 #include <boost/function/function_fwd.hpp>
 
+#include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/file_status.hpp>
 
 namespace ko::filesystem::detail {
@@ -63,8 +65,12 @@ file_status to_file_status(struct stat const& found);
 /// The status by `examine`, which has returned `error` and `found`; the not-found value for ENOENT and
 /// for `other_absent`.
 /// Throws the class of every other error number; path(): `reported`
-file_status examined_status(int error, struct stat const& found, int other_absent,
-                            std::string_view reported);
+inline file_status examined_status(int error, struct stat const& found, int other_absent,
+                                   std::string_view reported) {
+    if (error == 0) return to_file_status(found);
+    if (error == ENOENT || error == other_absent) return {};
+    throw_errno_exception(error, reported);
+}
 
 /// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
