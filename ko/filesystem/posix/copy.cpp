@@ -89,15 +89,17 @@ constexpr boost_fs::copy_options file_copy_options(bool overwrite) noexcept {
     return overwrite ? options | boost_fs::copy_options::overwrite_existing : options;
 }
 
-/// The error number for a copy that would block or lose data, else 0. Boost opens files before it
-/// checks them: a pipe blocks it for ever, and the target is truncated before it is compared.
-int refusal(struct stat const& source, char const* to8, bool overwrite) noexcept {
-    if (S_ISFIFO(source.st_mode)) return ENOSYS;
-    struct stat target;
-    if (!overwrite || ::stat(to8, &target) != 0) return 0;
-    if (S_ISFIFO(target.st_mode)) return ENOSYS;
-    bool const onto_itself = file_identity(source) == file_identity(target);
-    return onto_itself && S_ISREG(source.st_mode) ? EEXIST : 0;
+// Boost opens both files before it checks them. `target` is the status of an existing one, or null.
+
+/// Whether opening them would wait for the other end of a pipe.
+bool would_block(struct stat const& source, struct stat const* target) noexcept {
+    return S_ISFIFO(source.st_mode) || (target != nullptr && S_ISFIFO(target->st_mode));
+}
+
+/// Whether opening them would truncate the source.
+bool would_truncate(struct stat const& source, struct stat const* target) noexcept {
+    return target != nullptr && S_ISREG(source.st_mode) &&
+           file_identity(source) == file_identity(*target);
 }
 
 /// Copies files, one after the other, by Boost.
@@ -110,8 +112,16 @@ public:
             source = *known;
         else if (::stat(from.path8, &source) != 0)
             source = {};  // Boost reports why
-        int error = refusal(source, to.path8, overwrite);
-        if (error == 0) error = copy_by_boost(from.path8, to.path8, overwrite);
+        struct stat existing;
+        bool const replaces = overwrite && ::stat(to.path8, &existing) == 0;
+        struct stat const* const target = replaces ? &existing : nullptr;
+        int error = 0;
+        if (would_block(source, target))
+            error = ENOSYS;
+        else if (would_truncate(source, target))
+            error = EEXIST;
+        else
+            error = copy_by_boost(from.path8, to.path8, overwrite);
         if (error == 0 && (source.st_mode & set_id_bits) != 0) {
             struct stat copy;
             error = examine(&::stat, to.path8, copy);

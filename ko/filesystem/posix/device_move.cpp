@@ -116,6 +116,10 @@ struct copied_pair {
         if (!S_ISREG(copy.st_mode) || copy.st_size != source.st_size) return EIO;
         return source.st_size == 0 ? emptiness_error(from8) : 0;
     }
+
+    int drop_rights(char const* copy8) const noexcept {
+        return S_ISREG(source.st_mode) ? drop_foreign_rights(source, copy, copy8) : 0;
+    }
 };
 
 /// The copy of `from8` that a move to `to8` makes. The members return error numbers.
@@ -131,7 +135,7 @@ public:
         return code.value();
     }
 
-    /// Makes sure that everything has been copied, and removes rights that the copy must not have.
+    /// Settles the whole copy.
     int settle() {
         is_file_ = fs::is_regular_file(fs::symlink_status(from8_));
         // A file copied onto a directory is put inside it.
@@ -159,12 +163,12 @@ public:
     }
 
 private:
+    /// What an entry that has been copied still needs: a check, and fewer rights.
     int settle(char const* from8, std::string const& copy8) {
         copied_pair pair;
         int error = pair.examine(from8, copy8.c_str());
         if (error == 0) error = pair.check(from8);
-        if (error == 0 && S_ISREG(pair.source.st_mode))
-            error = drop_foreign_rights(pair.source, pair.copy, copy8.c_str());
+        if (error == 0) error = pair.drop_rights(copy8.c_str());
         if (error == 0) note_file_system(pair.copy, copy8);
         return error;
     }
