@@ -19,6 +19,9 @@ struct std_path {
     static_assert(sizeof(System) == 0, "to_std and from_std need <ko/filesystem/std_path.hpp>");
     using type = System;
 };
+
+/// Changes the text of a path in place.
+struct path_text;
 }  // namespace detail
 
 /// A path for the operations: UTF-16 text in native form (a leading tilde expanded, single slashes,
@@ -253,6 +256,8 @@ public:
     }
 
 private:
+    friend struct detail::path_text;
+
     /// A part of this path: already native, so a tilde in it is not expanded.
     basic_path part(string_type&& text) const {
         basic_path piece;

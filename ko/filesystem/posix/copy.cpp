@@ -411,8 +411,8 @@ void tree_copy::copy_entry() {
     level& listed = levels_.back();
     char const* const path8 = listed.entry->path().c_str();
     name8_ = algorithm::filename<char>(path8);
-    // Empty as well if the name is not UTF-8.
-    if (!try_from_filesystem(name8_, name_)) name_.clear();
+    name_.clear();
+    append_from_filesystem(name8_, name_);  // nothing if the name is not UTF-8
     reject_empty_path(name_);
     concatenate_pathname(listed.source, name_, /*expand_tilde=*/false);
     // Deliberately expands the tilde of a name like "~x".

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -120,6 +121,14 @@ bool has(directory_option options, directory_option one) noexcept {
     return (options & one) != directory_option::none;
 }
 
+/// Ends `path`, that of a directory, with one separator. Returns its length.
+template <class CharT>
+std::size_t begin_names(std::basic_string<CharT>& path) {
+    if (!algorithm::is_separator(path.back()))
+        path += pathname_traits<CharT>::PATHNAME_SEPARATOR_CHARACTER;
+    return path.size();
+}
+
 /// Whether opening failed since the path is not a directory, or no longer one.
 bool means_no_directory(int error) noexcept {
     return error == ENOENT || error == ENOTDIR || error == ELOOP;
@@ -127,8 +136,12 @@ bool means_no_directory(int error) noexcept {
 
 }  // namespace
 
-/// The open directories, the last of which is being read, and the current entry. At the end no
-/// directory is open.
+struct path_text {
+    static std::u16string& of(upath& p) noexcept { return p.text_; }
+};
+
+/// The open directories, the last of which is being read, and the current entry. Its path begins with
+/// that of each of them. At the end no directory is open.
 class directory_listing {
 public:
     directory_listing(std::u16string const& native, directory_option options,
@@ -148,8 +161,9 @@ private:
     struct level {
         dir_stream stream;
         std::optional<file_identity> identity;  ///< only if links are followed
-        bool has_path = true;
-        std::size_t path8_length_above = 0;
+        bool has_path;
+        // In the entry's path: the length of that of the directory, and where names begin.
+        std::size_t path8_length, name8_start, name_start;
     };
 
     template <class Step>
@@ -158,8 +172,7 @@ private:
     bool is_skipped(int error) const noexcept;
     bool is_open(file_identity const& identity) const noexcept;
     void enter();
-    void leave() noexcept;
-    void report(int error) const;
+    void report(int error, std::string_view path8) const;
     void read();
     void take(::dirent const& found);
     void read_status(::dirent const& found);
@@ -168,21 +181,17 @@ private:
     directory_error_handler const on_error_;
     bool const is_recursive_;
     std::vector<level> levels_;
-    // The path of the last level's directory; `path_` only if it is UTF-8.
-    std::string path8_;
-    upath path_;
     directory_entry entry_;
-    std::u16string name_;  ///< the entry's, kept to reuse its memory
 };
 
 directory_listing::directory_listing(std::u16string const& native, directory_option options,
                                      directory_error_handler&& on_error, bool is_recursive)
     : options_(options), on_error_(std::move(on_error)), is_recursive_(is_recursive) {
     reject_empty_path(native);
-    path8_ = system_path(native).string();
-    path_ = upath(native, /*expand_tilde=*/false);
+    entry_.path8_ = system_path(native).string();
+    entry_.path_ = upath(native, /*expand_tilde=*/false);
     posix::detail::open_converters();  // before the listing holds all descriptors
-    if (open(AT_FDCWD, path8_.c_str(), 0)) advance();
+    if (open(AT_FDCWD, entry_.path8_.c_str(), 0)) advance();
 }
 
 /// Advances to the next entry by `to_next`; a failure ends the listing.
@@ -204,32 +213,36 @@ void directory_listing::advance() {
 
 void directory_listing::pop() {
     step([this] {
-        leave();
+        levels_.pop_back();
         read();
     });
 }
 
-/// Opens the directory `name8`, whose path is `path8_`, as the last level. Returns false if it
+/// Opens the entry's directory, which is `name8` in `base`, as the last level. Returns false if it
 /// counts as empty.
 bool directory_listing::open(int base, char const* name8, int flags) {
-    level opened;
+    level opened{};
     opened.stream = open_directory_stream(base, name8, flags);
     if (opened.stream == nullptr) {
         int const error = errno;
         if (is_skipped(error)) return false;
         if (!levels_.empty() && means_no_directory(error)) return false;
-        report(error);
+        report(error, entry_.path8_);
         return false;
     }
     if (has(options_, directory_option::follow_directory_symlinks)) {
         struct stat found;
         if (::fstat(::dirfd(opened.stream.get()), &found) != 0) {
-            report(errno);
+            report(errno, entry_.path8_);
             return false;
         }
         opened.identity.emplace(found);
         if (is_open(*opened.identity)) return false;
     }
+    opened.path8_length = entry_.path8_.size();
+    opened.name8_start = begin_names(entry_.path8_);
+    opened.has_path = entry_.has_path_;
+    if (opened.has_path) opened.name_start = begin_names(path_text::of(entry_.path_));
     levels_.push_back(std::move(opened));
     return true;
 }
@@ -254,28 +267,16 @@ void directory_listing::enter() {
     bool const is_link = type == file_status::symlink_file;
     bool const follows = has(options_, directory_option::follow_directory_symlinks);
     if (!is_directory && !(is_link && follows) && type != file_status::file_type_unknown) return;
-    std::size_t const length_above = path8_.size();
-    path8_ = entry_.path8_;
     int const base = ::dirfd(levels_.back().stream.get());
-    if (!open(base, entry_.name8_.c_str(), is_directory || !follows ? O_NOFOLLOW : 0))
-        return path8_.resize(length_above);
-    levels_.back().path8_length_above = length_above;
-    levels_.back().has_path = entry_.has_path();
-    if (entry_.has_path()) path_ = entry_.path_;
+    open(base, entry_.name8_.c_str(), is_directory || !follows ? O_NOFOLLOW : 0);
 }
 
-void directory_listing::leave() noexcept {
-    path8_.resize(levels_.back().path8_length_above);
-    if (levels_.back().has_path) path_.remove_filename();
-    levels_.pop_back();
-}
-
-/// Throws the exception for `error` in the directory `path8_`, unless the handler lets the listing go
+/// Throws the exception for `error` in the directory `path8`, unless the handler lets the listing go
 /// on.
-void directory_listing::report(int error) const {
-    if (!on_error_) throw_errno_exception(error, path8_);
+void directory_listing::report(int error, std::string_view path8) const {
+    if (!on_error_) throw_errno_exception(error, path8);
     try {
-        throw_errno_exception(error, path8_);
+        throw_errno_exception(error, path8);
     } catch (FsysExceptionBase const& failure) {
         if (!on_error_(failure)) throw;
     }
@@ -283,26 +284,25 @@ void directory_listing::report(int error) const {
 
 /// Advances to the next entry of the last level or, after its end, of those above.
 void directory_listing::read() {
-    for (; !levels_.empty(); leave()) {
+    for (; !levels_.empty(); levels_.pop_back()) {
         if (auto const* const found = next_entry(levels_.back().stream.get())) return take(*found);
         int const error = errno;
         // Linux reports ENOENT for an open directory that has been removed.
-        if (error != 0 && error != ENOENT && !is_skipped(error)) report(error);
+        if (error != 0 && error != ENOENT && !is_skipped(error))
+            report(error, std::string_view(entry_.path8_).substr(0, levels_.back().path8_length));
     }
 }
 
 void directory_listing::take(::dirent const& found) {
+    level const& directory = levels_.back();
     entry_.name8_ = found.d_name;
-    entry_.path8_ = path8_;
-    if (!algorithm::is_separator(path8_.back()))
-        entry_.path8_ += pathname_traits<char>::PATHNAME_SEPARATOR_CHARACTER;
+    entry_.path8_.resize(directory.name8_start);
     entry_.path8_ += entry_.name8_;
-    entry_.has_path_ = levels_.back().has_path && try_from_filesystem(entry_.name8_, name_);
-    if (entry_.has_path_) {
-        entry_.path_ = path_;
-        entry_.path_ /= name_;
-    } else {
-        entry_.path_ = {};
+    entry_.has_path_ = directory.has_path;
+    if (directory.has_path) {
+        std::u16string& path = path_text::of(entry_.path_);
+        path.resize(directory.name_start);
+        entry_.has_path_ = append_from_filesystem(entry_.name8_, path);
     }
     read_status(found);
 }

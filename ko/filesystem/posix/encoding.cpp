@@ -1,6 +1,6 @@
 #include <ko/filesystem/posix/encoding.hpp>
 
-#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include <ko/filesystem/detail/encoding.hpp>
@@ -23,7 +23,7 @@ iconv_t utf8_converter() {
     return posix::detail::get_thread_local_iconv_converter<0>("UTF-16LE", "UTF-8");
 }
 
-/// Appends to `result`, which is empty; returns false if the conversion can't be completed.
+/// Appends to `result`; returns false if the conversion can't be completed.
 bool convert_utf8(std::string_view s, malformed policy, std::u16string& result) {
     return posix::detail::decode(s, utf8_converter(), policy, result);
 }
@@ -66,14 +66,21 @@ std::u16string from_filesystem_strict(std::string_view s) {
     return from_utf8(s, malformed::reject);
 }
 
-bool try_from_filesystem(std::string_view s, std::u16string& result) {
-    if (is_short_ascii(s)) {
-        result.resize(s.size());
-        std::copy(s.begin(), s.end(), result.begin());
-        return true;
+bool append_from_filesystem(std::string_view s, std::u16string& result) {
+    if (s.size() <= posix::detail::fast_path_limit) {  // in one pass, since names are short
+        char16_t units[posix::detail::fast_path_limit];
+        unsigned bits = 0;
+        for (std::size_t i = 0; i != s.size(); ++i)
+            bits |= units[i] = static_cast<unsigned char>(s[i]);
+        if (bits < 0x80) {
+            result.append(units, s.size());
+            return true;
+        }
     }
-    result.clear();
-    return convert_utf8(s, malformed::reject, result);
+    std::size_t const length = result.size();
+    bool const is_utf8 = convert_utf8(s, malformed::reject, result);
+    if (!is_utf8) result.resize(length);
+    return is_utf8;
 }
 
 std::string make_native_access_form(std::u16string const& s) {

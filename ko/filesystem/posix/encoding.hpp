@@ -29,8 +29,8 @@ namespace detail {
 /// that the caller will use: with bytes replaced it would name another file.
 std::u16string from_filesystem_strict(std::string_view s);
 
-/// The same in `result`, reusing its memory. Returns false if any of `s` is malformed.
-bool try_from_filesystem(std::string_view s, std::u16string& result);
+/// Appends the same to `result`, or nothing if any of `s` is malformed. Returns whether none is.
+bool append_from_filesystem(std::string_view s, std::u16string& result);
 
 }  // namespace detail
 
