@@ -30,7 +30,7 @@ LAYERS = [
     ("encoding", "UTF-16 to UTF-8 and back, and a failure in words", [
         "posix/iconv_converter", "detail/encoding posix/encoding", "exceptions exceptions/describe"]),
     ("path text", "parts, joining, native form, upath", [
-        "posix/home_directory", "detail/path_constants", "detail/path_algorithms",
+        "detail/path_constants", "detail/path_algorithms",
         "detail/path_cursor detail/path_decomposition", "detail/path_expansion", "detail/path_composition",
         "detail/path_traits", "path std_path"]),
     ("operations", "what calls the system, and the error mapping", [
