@@ -144,17 +144,11 @@ private:
     boost_fs::path to_;
 };
 
-/// The status as `status` has it, but of the path exactly as given.
-file_status status_at(char const* path8) {
-    struct stat found;
-    int const error = examine(&::stat, path8, found);
-    return examined_status(error, found, /*other_absent=*/EINVAL, /*reported=*/{});
-}
-
 bool is_up_to_date(char const* from8, char const* to8) {
-    file_status const target = status_at(to8);
+    // As `status` has it, but of the paths exactly as given.
+    file_status const target = status_at(&::stat, to8, /*other_absent=*/EINVAL, /*reported=*/{});
     if (target.type != file_status::regular_file) return false;
-    file_status const source = status_at(from8);
+    file_status const source = status_at(&::stat, from8, /*other_absent=*/EINVAL, /*reported=*/{});
     // A missing source counts as newer, so that the copy reports it.
     return source.type != file_status::file_not_found &&
            target.last_write_time >= source.last_write_time;

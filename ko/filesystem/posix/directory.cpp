@@ -38,18 +38,12 @@ namespace {
 using detail::native_text;
 using detail::throw_errno_exception;
 
-file_status status_at(std::string const& path8, detail::stat_function call, int other_absent) {
-    struct stat found;
-    int const error = detail::examine(call, path8.c_str(), found);
-    return detail::examined_status(error, found, other_absent, /*reported=*/path8);
-}
-
 }  // namespace
 
 directory_entry::directory_entry(upath const& p) : path_(p.with_expand_tilde(false)) {
     path8_ = detail::system_path(path_.native()).string();
     name8_ = detail::path_traits<char, char>::extract_filename(path8_);
-    status_ = status_at(path8_, &::lstat, ENOENT);
+    status_ = detail::status_at(&::lstat, path8_.c_str(), ENOENT, path8_);
 }
 directory_entry::directory_entry(std::u16string const& p) : directory_entry(upath(p)) {}
 
@@ -61,7 +55,8 @@ upath const& directory_entry::path() const {
 }
 
 file_status directory_entry::unfollowed_status(int other_absent) const {
-    if (status_error_ == status_not_read) return status_at(path8_, &::lstat, other_absent);
+    if (status_error_ == status_not_read)
+        return detail::status_at(&::lstat, path8_.c_str(), other_absent, path8_);
     if (status_error_ == 0) return status_;
     if (status_error_ != other_absent) throw_errno_exception(status_error_, path8_);
     return {};
@@ -70,7 +65,7 @@ file_status directory_entry::unfollowed_status(int other_absent) const {
 file_status directory_entry::followed_status(int other_absent) const {
     bool const is_link = status_.type == file_status::symlink_file;
     if (is_link || status_error_ == status_not_read)
-        return status_at(path8_, &::stat, other_absent);
+        return detail::status_at(&::stat, path8_.c_str(), other_absent, path8_);
     return unfollowed_status(other_absent);
 }
 

@@ -31,7 +31,9 @@ file_status status_impl(Path const& p, detail::stat_function call) {
     struct stat found;
     int const error = examine(p, call, found);
     // At this point there is nothing to destroy: unwinding would cost more than the report.
-    return detail::examined_status(error, found, /*other_absent=*/EINVAL, /*reported=*/{});
+    if (error == 0) return detail::to_file_status(found);
+    if (error == ENOENT || error == EINVAL) return {};
+    detail::throw_errno_exception(error, {});
 }
 
 template <class Path>

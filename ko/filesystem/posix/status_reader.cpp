@@ -112,6 +112,15 @@ file_status to_file_status(struct stat const& found) {
     return result;
 }
 
+file_status status_at(stat_function call, char const* path8, int other_absent,
+                      std::string_view reported) {
+    struct stat found;
+    int const error = examine(call, path8, found);
+    if (error == 0) return to_file_status(found);
+    if (error == ENOENT || error == other_absent) return {};
+    throw_errno_exception(error, reported);
+}
+
 file_status status_from_stat(boost::function<int(struct stat*)> const& stat_call) {
     struct stat found;
     errno = 0;

@@ -3,7 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -12,7 +11,6 @@
 #include <boost/date_time/posix_time/ptime.hpp>
 #include <boost/function/function_fwd.hpp>
 
-#include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/file_status.hpp>
 
 namespace ko::filesystem::detail {
@@ -62,15 +60,10 @@ std::uint32_t translated_type(mode_t mode) noexcept;
 /// `found` in the form of `file_status`.
 file_status to_file_status(struct stat const& found);
 
-/// The status by `examine`, which has returned `error` and `found`; the not-found value for ENOENT and
-/// for `other_absent`.
+/// The status of `path8` by `examine`; the not-found value for ENOENT and for `other_absent`.
 /// Throws the class of every other error number; path(): `reported`
-inline file_status examined_status(int error, struct stat const& found, int other_absent,
-                                   std::string_view reported) {
-    if (error == 0) return to_file_status(found);
-    if (error == ENOENT || error == other_absent) return {};
-    throw_errno_exception(error, reported);
-}
+file_status status_at(stat_function call, char const* path8, int other_absent,
+                      std::string_view reported);
 
 /// The status from a bound stat or lstat call; the not-found value for ENOENT.
 /// Throws the class of every other error number; path(): empty, since only the call knows it
