@@ -174,8 +174,8 @@ TEST_P(Operations, CreateDirectoryAppliesTheUmask) {
     ::umask(027);
     expect(LIFT(create_directories), row(u"d//y/z", "ok"), row(u"d//", "FileExistsError [d]"),
            row(u"/", "FileExistsError [/]"), row(u"", no_path), row(lone, "PathNotFound"));
-    expect(LIFT(ensure_directories), row(u"e//y/z", "yes"), row(u"e/y/z", "no"), row(u"l", "no"),
-           row(u"/", "no"), row(u".", "no"), row(u"", no_path),
+    expect(LIFT(ensure_directories), row(u"e//y/z", "yes"), row(u"e/w", "yes"), row(u"e/w", "no"),
+           row(u"l", "no"), row(u"/", "no"), row(u".", "no"), row(u"", no_path),
            row(u"dangling", "FileExistsError [dangling]"),
            row(u"f//b/c", "NotDirectoryError [f/b]"));
     EXPECT_EQ(mode("d/y") + mode("d/y/z") + mode("e/y/z"), "d750d750d750");
@@ -277,17 +277,18 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
         return status(other / name).last_write_time.date().year() == 2001;
     };
     for (bool const keep : {false, true}) {
-        scratch.make({"t/", "t/\u00E9: deep", "t/l -> \u00E9", "g: flat"});
-        for (char const* const name : {"t/\u00E9", "t", "g"})
+        scratch.make({"t/", "t/\u00E9: deep", "t/l -> \u00E9", "g: flat", "h: inside"});
+        other.make({"into/"});
+        for (char const* const name : {"t/\u00E9", "t", "g", "h"})
             must(::utimensat(AT_FDCWD, name, in_2001, 0) == 0);
         auto const options = keep ? preserving : rename_options();
-        expect(WITH(rename, options), row(u"t", other / u"t", "ok"), row(u"g", other / u"g", "ok"));
+        expect(WITH(rename, options), row(u"t", other / u"t", "ok"), row(u"g", other / u"g", "ok"),
+               row(u"h", other / u"into", "ok"));
         EXPECT_EQ(mode("t") + mode("g"), "nothingnothing");
         EXPECT_EQ(other.content(u"t/l") + other.content(u"g"), "deepflat");
-        EXPECT_EQ(joined(is_old(u"t/\u00E9"), is_old(u"g"), is_old(u"t")),
-                  joined(keep, keep, false));
-        remove_all(other / u"t");
-        remove(other / u"g");
+        EXPECT_EQ(joined(is_old(u"t/\u00E9"), is_old(u"g"), is_old(u"t"), is_old(u"into")),
+                  joined(keep, keep, false, false));
+        for (char16_t const* const name : {u"t", u"into", u"g"}) remove_all(other / name);
     }
     if (::getuid() != 0) return;  // only root can give files away
     for (char const* const name : {"f", "d/f"})

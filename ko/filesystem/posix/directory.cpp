@@ -163,7 +163,7 @@ private:
 
     template <class Step>
     void step(Step to_next);
-    bool open(int base, char const* name8, int flags);
+    void open(int base, char const* name8, int flags);
     bool is_skipped(int error) const noexcept;
     bool is_open(file_identity const& identity) const noexcept;
     void enter();
@@ -186,7 +186,8 @@ directory_listing::directory_listing(std::u16string const& native, directory_opt
     entry_.path8_ = system_path(native).string();
     entry_.path_ = upath(native, /*expand_tilde=*/false);
     posix::detail::open_converters();  // before the listing holds all descriptors
-    if (open(AT_FDCWD, entry_.path8_.c_str(), 0)) advance();
+    open(AT_FDCWD, entry_.path8_.c_str(), 0);
+    advance();
 }
 
 /// Advances to the next entry by `to_next`; a failure ends the listing.
@@ -213,33 +214,28 @@ void directory_listing::pop() {
     });
 }
 
-/// Opens the entry's directory, which is `name8` in `base`, as the last level. Returns false if it
-/// counts as empty.
-bool directory_listing::open(int base, char const* name8, int flags) {
+/// Opens the entry's directory, which is `name8` in `base`, as the last level, unless it counts as
+/// empty.
+void directory_listing::open(int base, char const* name8, int flags) {
     level opened{};
     opened.stream = open_directory_stream(base, name8, flags);
     if (opened.stream == nullptr) {
         int const error = errno;
-        if (is_skipped(error)) return false;
-        if (!levels_.empty() && means_no_directory(error)) return false;
-        report(error, entry_.path8_);
-        return false;
+        bool const is_gone = !levels_.empty() && means_no_directory(error);
+        if (!is_gone && !is_skipped(error)) report(error, entry_.path8_);
+        return;
     }
     if (has(options_, directory_option::follow_directory_symlinks)) {
         struct stat found;
-        if (::fstat(::dirfd(opened.stream.get()), &found) != 0) {
-            report(errno, entry_.path8_);
-            return false;
-        }
+        if (::fstat(::dirfd(opened.stream.get()), &found) != 0) return report(errno, entry_.path8_);
         opened.identity.emplace(found);
-        if (is_open(*opened.identity)) return false;
+        if (is_open(*opened.identity)) return;
     }
     opened.path8_length = entry_.path8_.size();
     opened.name8_start = begin_names(entry_.path8_);
     opened.has_path = entry_.has_path_;
     if (opened.has_path) opened.name_start = begin_names(path_text::of(entry_.path_));
     levels_.push_back(std::move(opened));
-    return true;
 }
 
 /// Whether `error`, of opening or reading a directory, is to be passed over. EPERM is what macOS

@@ -72,7 +72,7 @@ bool append_from_filesystem(std::string_view s, std::u16string& result) {
         unsigned bits = 0;
         for (std::size_t i = 0; i != s.size(); ++i)
             bits |= units[i] = static_cast<unsigned char>(s[i]);
-        if (bits < 0x80) {
+        if ((bits & 0x80) == 0) {
             result.append(units, s.size());
             return true;
         }

@@ -1,6 +1,7 @@
 // Internal: not installed.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <ko/filesystem/path.hpp>
@@ -11,7 +12,7 @@ namespace ko::filesystem::detail {
 /// text, which is copied only if it isn't native already. Must not outlive its argument.
 class native_text {
 public:
-    explicit native_text(upath const& p) noexcept : is_native_(true), text_(p.native()) {}
+    explicit native_text(upath const& p) noexcept : text_(p.native()) {}
     explicit native_text(std::u16string const& p);
     native_text(native_text const&) = delete;
     native_text& operator=(native_text const&) = delete;
@@ -20,8 +21,7 @@ public:
     bool empty() const noexcept { return text_.empty(); }
 
 private:
-    bool const is_native_;
-    std::u16string const made_;
+    std::optional<std::u16string> const made_;
     std::u16string const& text_;
 };
 
