@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -183,9 +182,9 @@ private:
     }
 
     int sync_each() const {
+        // A link would lead elsewhere; its directory has all that it is.
         auto const sync_one = [](fs::directory_entry const& entry, std::string const& copy8) {
-            bool const has_data = entry.is_directory() || entry.is_regular_file();
-            return has_data && !entry.is_symlink() ? sync_file(copy8.c_str()) : 0;
+            return entry.is_symlink() ? 0 : sync_file(copy8.c_str());
         };
         int error = is_directory_itself(from8_) ? sync_file(copy8_.c_str()) : 0;
         if (error == 0 && is_directory_itself(from8_))
@@ -206,9 +205,6 @@ private:
 class missing_part {
 public:
     missing_part(std::string const& from8, std::string const& to8) : to8_(to8) {
-        ::rlimit limit;
-        if (::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
-            largest_file_ = limit.rlim_cur;
         add(from8.c_str(), to8.c_str());
         error_of([&] {  // of what it can't look at, nothing is known to be missing
             return for_each_pair(from8, to8, [&](fs::directory_entry const& entry, auto& copy8) {
@@ -218,7 +214,11 @@ public:
         });
     }
 
-    bool exceeds_file_size_limit() const noexcept { return exceeds_limit_; }
+    bool exceeds_file_size_limit() const noexcept {
+        ::rlimit limit;
+        return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
+               largest_file_ > limit.rlim_cur;
+    }
 
     bool exceeds_free_space() const {
         // The target is missing if not even that could be made.
@@ -230,7 +230,7 @@ private:
         copied_pair pair;
         if (::lstat(from8, &pair.source) != 0 || !S_ISREG(pair.source.st_mode)) return;
         auto const size = static_cast<std::uintmax_t>(pair.source.st_size);
-        exceeds_limit_ = exceeds_limit_ || size > largest_file_;
+        largest_file_ = std::max(largest_file_, size);
         bool const is_copied = ::lstat(copy8, &pair.copy) == 0 && S_ISREG(pair.copy.st_mode);
         bytes_ +=
             size - (is_copied ? std::min(size, static_cast<std::uintmax_t>(pair.copy.st_size)) : 0);
@@ -243,9 +243,8 @@ private:
     }
 
     std::string const& to8_;
-    std::uintmax_t largest_file_ = std::numeric_limits<std::uintmax_t>::max();
+    std::uintmax_t largest_file_ = 0;
     std::uintmax_t bytes_ = 0;
-    bool exceeds_limit_ = false;
 };
 
 /// What EIO in a copy means: standard libraries report it for every failed write, and so does the
