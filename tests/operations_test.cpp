@@ -249,7 +249,8 @@ TEST_P(Operations, RenameReportsTheSourceOrTheTarget) {
     must(::chmod("d", 0755) == 0 && ::chmod(".", 0755) == 0);
     expect(LIFT(rename_durably), row(u"missing", u"x", "PathNotFound [missing]"),
            row(u"f", u"no/x", "PathNotFound [no/x]"), row(u"d", u"dir", "ok"),
-           row(u"dir", u"d", "ok"), row(u"", u"x", no_path), row(u"fifo", u"secret", "ok"));
+           row(u"dir", u"d", "ok"), row(u"", u"x", no_path), row(u"fifo", u"secret", "ok"),
+           row(u"dangling", u"fifo", "ok"));
     expect(LIFT(rename), row(u"f//", u"\u6F22//", "ok"), row(u"d", u"e", "ok"));
     EXPECT_EQ(scratch.content(u"\u6F22"), "content");
     EXPECT_EQ(mode("f") + mode("d") + mode("e/f"), "nothingnothing-644");
@@ -291,8 +292,8 @@ TEST_P(RenameAcrossFileSystems, MovesFilesAndTrees) {
         for (char16_t const* const name : {u"t", u"into", u"g"}) remove_all(other / name);
     }
     if (::getuid() != 0) return;  // only root can give files away
-    for (char const* const name : {"f", "d/f"})
-        must(::chown(name, 1000, 1000) == 0 && ::chmod(name, 06755) == 0);
+    for (auto const& [name, user, group] : {std::tuple("f", 1000u, 0u), {"d/f", 0u, 1000u}})
+        must(::chown(name, user, group) == 0 && ::chmod(name, 06755) == 0);
     expect(LIFT(rename), row(u"f", other / u"f", "ok"), row(u"d", other / u"d", "ok"));
     for (char16_t const* const name : {u"f", u"d/f"})
         EXPECT_EQ(status(other / name).permissions, 0755u);
