@@ -7,13 +7,12 @@
 
 #include <ko/filesystem/detail/error_mapping.hpp>
 #include <ko/filesystem/posix/file_identity.hpp>
-#include <ko/filesystem/posix/system_call.hpp>
 
 namespace ko::filesystem::detail {
 
 int make_directory(char const* path8) noexcept {
     errno = 0;
-    return errno_of(::mkdir(path8, 0775));
+    return ::mkdir(path8, 0775) == 0 ? 0 : errno;
 }
 
 namespace {

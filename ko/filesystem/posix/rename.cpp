@@ -13,7 +13,6 @@
 #include <ko/filesystem/posix/fault_path.hpp>
 #include <ko/filesystem/posix/native_text.hpp>
 #include <ko/filesystem/posix/status_reader.hpp>
-#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem {
@@ -26,7 +25,7 @@ using detail::native_text;
 
 int move(std::string const& from8, std::string const& to8, bool preserve_last_write_time) {
     errno = 0;
-    int const error = detail::errno_of(::rename(from8.c_str(), to8.c_str()));
+    int const error = ::rename(from8.c_str(), to8.c_str()) == 0 ? 0 : errno;
     if (error != EXDEV) return error;
     return detail::move_across_devices(from8, to8, preserve_last_write_time);
 }

@@ -10,6 +10,7 @@
 #include <boost/function.hpp>
 
 #include <ko/filesystem/detail/error_mapping.hpp>
+#include <ko/filesystem/posix/system_call.hpp>
 #include <ko/filesystem/posix/system_path.hpp>
 
 namespace ko::filesystem::detail {
@@ -59,23 +60,13 @@ std::uint32_t translated_type(mode_t mode) noexcept {
     }
 }
 
-namespace {
-
-/// The error number of a call that has returned `result`, or 0.
-int error_of(int result) noexcept {
-    if (result == 0) return 0;
-    return errno != 0 ? errno : EIO;  // 0 would be success
-}
-
-}  // namespace
-
 int examine(stat_function call, char const* path8, struct stat& found) noexcept {
     errno = 0;
-    return error_of(call(path8, &found));
+    return errno_of(call(path8, &found));
 }
 
 int examine_below(int base, char const* name8, struct stat& found) noexcept {
-    return error_of(::fstatat(base, name8, &found, AT_SYMLINK_NOFOLLOW));
+    return errno_of(::fstatat(base, name8, &found, AT_SYMLINK_NOFOLLOW));
 }
 
 bool means_absent(int error) noexcept { return error == ENOENT || error == ENOTDIR; }

@@ -8,9 +8,12 @@
 
 namespace ko::filesystem::detail {
 
-/// The error number of a system call that has just returned `result`; 0 if that is 0, and for a
+/// The error number of a system call that has just returned `result`; 0 if that is 0. EIO for a
 /// failure that leaves errno at 0.
-inline int errno_of(int result) noexcept { return result == 0 ? 0 : errno; }
+inline int errno_of(int result) noexcept {
+    if (result == 0) return 0;
+    return errno != 0 ? errno : EIO;
+}
 
 /// Repeats `call` while it is interrupted by a signal. `call` returns -1 or null on failure.
 template <class Call>
