@@ -185,7 +185,8 @@ TEST_P(Operations, LinksAreCreatedAndRead) {
     environment_guard const home("HOME", "/h");
     std::string const bad_type = "InvalidArgument \"Unsupported file type\"";
     expect(LIFT(create_symlink), row(u"\u6F22//x", u"a//", "ok"),
-           row(u"t", u"f", "FileExistsError"), row(u"t", u"dangling", "FileExistsError [t]"));
+           row(u"t", u"f", "FileExistsError"), row(u"t", u"dangling", "FileExistsError [t]"),
+           row(lone, u"n", "PathNotFound"));
     expect(WITH(create_symlink, file_status::regular_file), row(u"..", u"b", "ok"));
     expect(WITH(create_symlink, file_status::directory_file), row(u"~/x", u"c", "ok"));
     expect(WITH(create_symlink, file_status::symlink_file), row(u"t", u"n", bad_type));
