@@ -237,7 +237,7 @@ TEST_F(Copy, WorksBelowAnOverlongWorkingDirectory) {
 TEST_F(Copy, KeepsSetIdBitsOnlyForTheSameOwner) {
     // The bits are dropped only from a copy of another user's file, which needs chown: POSIX lets
     // ordinary users give none of their files away.
-    if (::getuid() != 0) GTEST_SKIP() << "only root can make a file of another owner (chown)";
+    if (::getuid() != 0) GTEST_SKIP() << "needs root: POSIX lets others give no file away (chown)";
     for (unsigned const owner : {0u, 1000u}) {
         std::u16string const to = owner == 0 ? u"own" : u"foreign";
         file(u"f", "");

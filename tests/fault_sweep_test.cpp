@@ -387,9 +387,9 @@ TEST_F(FaultSweep, OfEveryCall) {
 
 TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const place = directory_on_another_file_system();
-    // The system reports EXDEV only between two file systems, and ordinary users can't mount one.
     if (place.empty())
-        GTEST_SKIP() << "/dev/shm is missing, read-only, or the tests' own file system";
+        // The system reports EXDEV only between two, and mounting another one needs root.
+        GTEST_SKIP() << "needs a second file system: /dev/shm is missing, read-only or the same";
     scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = utf16(target);

@@ -262,9 +262,10 @@ TEST_P(Operations, RenameReportsTheSourceOrTheTarget) {
 class RenameAcrossFileSystems : public Operations {
 protected:
     void SetUp() override {
-        // The system reports EXDEV only between two file systems, and ordinary users can't mount one.
         if (place_.empty())
-            GTEST_SKIP() << "/dev/shm is missing, read-only, or the tests' own file system";
+            // The system reports EXDEV only between two, and mounting another one needs root.
+            GTEST_SKIP()
+                << "needs a second file system: /dev/shm is missing, read-only or the same";
         preserving.preserve_last_write_time = 1;
     }
 
