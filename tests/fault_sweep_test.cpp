@@ -389,7 +389,7 @@ TEST_F(FaultSweep, OfAMoveAcrossDevices) {
     std::string const place = directory_on_another_file_system();
     if (place.empty())
         // The system reports EXDEV only between two, and mounting another one needs root.
-        GTEST_SKIP() << "needs a second file system: /dev/shm is missing, read-only or the same";
+        GTEST_SKIP() << "needs a second file system; /dev/shm is none to write to";
     scratch_dir const elsewhere(place);
     std::string const target = elsewhere.path8() + "/d";
     std::u16string const from = scratch / u"d", to = utf16(target);

@@ -264,8 +264,7 @@ protected:
     void SetUp() override {
         if (place_.empty())
             // The system reports EXDEV only between two, and mounting another one needs root.
-            GTEST_SKIP()
-                << "needs a second file system: /dev/shm is missing, read-only or the same";
+            GTEST_SKIP() << "needs a second file system; /dev/shm is none to write to";
         preserving.preserve_last_write_time = 1;
     }
 
